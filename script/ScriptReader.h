@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "EditorDocument.h"
+
+#include <string>
+#include <string_view>
+
+// How a read ended. Abandoned: the StartWeaponConfig statement could not be taken (the record's
+// intError is 1). Failed: anything else the reader's rules cannot take (a file that cannot be
+// read, an empty file, a statement with too few pieces, a piece that is no number, a number out
+// of range, a damage line before the first entry, ...).
+enum class ReadOutcome { Completed, Abandoned, Failed };
+
+struct ReadResult
+{
+    ReadOutcome outcome = ReadOutcome::Completed;
+    int line = 0;        // 1-based line of the script the message is about; 0 for the whole file
+    std::string message; // for a mod author, e.g. "Line 12: setAngles needs 5 numbers but has 3"
+
+    bool completed() const { return outcome == ReadOutcome::Completed; }
+};
+
+// Reads a whole script into the document. Precondition: lstArmorFamilies and lstAccuracy hold
+// the "name - N" entries made from the family list (EditorDocument::setFamilies).
+ReadResult ReadWeaponScript(EditorDocument &document, std::string_view bytes);
+ReadResult ReadWeaponScriptFile(EditorDocument &document, const std::string &path);
+
+// What the editor's Open does with a chosen script, without the window: the read, then the
+// weapon's variable name set to "NewWeaponType", then every family still marked "N" filled and
+// both family tables built from the entries (EditorDocument::fillFamilyTables). The editor and
+// the command-line tool both go through here, so both save the same bytes.
+ReadResult OpenWeaponScript(EditorDocument &document, std::string_view bytes);
+
+// The text with every "{", "}", blank, "," and ")" removed.
+std::string StripTableChars(std::string_view text);
