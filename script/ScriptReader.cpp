@@ -1,2 +1,388 @@
 // SPDX-License-Identifier: MIT
 #include "ScriptReader.h"
+
+#include "AtomicFile.h"
+#include "NumberText.h"
+#include "TextPieces.h"
+
+#include <limits>
+#include <optional>
+#include <utility>
+#include <vector>
+
+using NumberText::intText;
+using NumberText::realText;
+using TextPieces::containsNoCase;
+using TextPieces::split;
+
+namespace {
+
+// Why a line cannot be read. Thrown only inside this file, where ReadWeaponScript turns it
+// into a Failed result, so that the passes read as straight lines of steps.
+struct LineFailure
+{
+    std::size_t index;
+    std::string message;
+};
+
+[[noreturn]] void fail(std::size_t index, std::string message)
+{
+    throw LineFailure{index, std::move(message)};
+}
+
+// Offending text for a message; a long line is cut so that the message still fits a box.
+std::string shown(std::string_view text)
+{
+    constexpr std::size_t kLongest = 60;
+    std::string quoted(1, '\'');
+    quoted.append(text.substr(0, kLongest));
+    quoted.append(text.size() > kLongest ? "...'" : "'");
+    return quoted;
+}
+
+double realFrom(std::string_view piece, std::size_t index, const std::string &what)
+{
+    if (const std::optional<double> value = NumberText::readReal(piece))
+        return *value;
+    fail(index, what + " is not a number: " + shown(piece));
+}
+
+template<typename Int>
+Int intFrom(std::string_view piece, std::size_t index, const std::string &what)
+{
+    std::optional<Int> value;
+    if constexpr (sizeof(Int) == 2)
+        value = NumberText::readInt16(piece);
+    else
+        value = NumberText::readInt32(piece);
+    if (value)
+        return *value;
+    if (!NumberText::readReal(piece))
+        fail(index, what + " is not a number: " + shown(piece));
+    fail(index, what + " is out of range (" + intText(std::numeric_limits<Int>::min()) + " to "
+                    + intText(std::numeric_limits<Int>::max()) + "): " + shown(piece));
+}
+
+std::string countText(std::size_t count) { return intText(static_cast<long long>(count)); }
+
+void commentPass(std::vector<std::string> &lines)
+{
+    for (std::string &line : lines) {
+        if (line.starts_with("--"))
+            line.clear();
+    }
+}
+
+// Every StartWeaponConfig line goes to the record in turn, so the last one decides. Gives the
+// index of a line the record could not take.
+std::optional<std::size_t> startWeaponConfigPass(EditorDocument &document)
+{
+    std::vector<std::string> &lines = document.strScriptLines;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (!containsNoCase(lines[i], "startweaponconfig"))
+            continue;
+        document.Weapon.GrabValues(lines[i]);
+        if (document.Weapon.intError == 1)
+            return i;
+        lines[i].clear();
+    }
+    return std::nullopt;
+}
+
+WeaponResult resultFrom(std::string_view line, std::size_t index)
+{
+    const std::vector<std::string_view> quoted = split(line, "\"");
+    if (quoted.size() < 6)
+        fail(index, "AddWeaponResult needs the condition, effect and target in double quotes but has "
+                        + countText(quoted.size() - 1) + " double quotes");
+    WeaponResult result;
+    result.sCondition = quoted[1];
+    result.sEffect = quoted[3];
+    result.sTarget = quoted[5];
+
+    const std::vector<std::string_view> pieces = split(line, ",");
+    if (pieces.size() < 6)
+        fail(index, "AddWeaponResult needs 5 arguments after the weapon name but has "
+                        + countText(pieces.size() - 1));
+    result.fMinEffect = realFrom(pieces[4], index, "AddWeaponResult minimum effect");
+    result.fMaxEffect = realFrom(pieces[5], index, "AddWeaponResult maximum effect");
+
+    if (result.sEffect == "SpawnWeaponFire") {
+        if (quoted.size() < 8)
+            fail(index, "AddWeaponResult with SpawnWeaponFire needs the spawned effect in double quotes but has "
+                            + countText(quoted.size() - 1) + " double quotes");
+        result.sSpawnedWeaponEffect = quoted[7];
+    }
+    return result;
+}
+
+void addWeaponResultPass(EditorDocument &document)
+{
+    std::vector<std::string> &lines = document.strScriptLines;
+    std::vector<std::pair<std::size_t, std::string>> gathered;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (containsNoCase(lines[i], "addweaponresult")) {
+            gathered.emplace_back(i, std::move(lines[i]));
+            lines[i].clear();
+        }
+    }
+    // Without results the table keeps the blank record of the reset: the no-results state.
+    if (gathered.empty())
+        return;
+
+    std::vector<WeaponResult> results;
+    std::vector<std::string> entries;
+    for (const auto &[index, line] : gathered) {
+        results.push_back(resultFrom(line, index));
+        entries.push_back(ResultEntryText(results.back()));
+    }
+    document.WeaponResults = std::move(results);
+    document.lstWeaponResults = std::move(entries);
+}
+
+void setAnglesPass(EditorDocument &document)
+{
+    std::vector<std::string> &lines = document.strScriptLines;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (!containsNoCase(lines[i], "setangles"))
+            continue;
+        const std::vector<std::string_view> pieces = split(lines[i], ",");
+        if (pieces.size() < 6)
+            fail(i, "setAngles needs 5 numbers but has " + countText(pieces.size() - 1));
+        const double arc = realFrom(pieces[1], i, "setAngles firing arc");
+        const double left = realFrom(pieces[2], i, "setAngles left rotation");
+        const double right = realFrom(pieces[3], i, "setAngles right rotation");
+        const double down = realFrom(pieces[4], i, "setAngles down rotation");
+        const double up = realFrom(TextPieces::beforeFirst(pieces[5], ')'), i, "setAngles up rotation");
+        document.fFiringArc = arc;
+        document.fLeftRotation = left;
+        document.fRightRotation = right;
+        document.fDownRotation = down;
+        document.fUpRotation = up;
+        lines[i].clear();
+    }
+}
+
+void setMiscValuesPass(EditorDocument &document)
+{
+    std::vector<std::string> &lines = document.strScriptLines;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (!containsNoCase(lines[i], "setmiscvalues"))
+            continue;
+        const std::vector<std::string_view> pieces = split(lines[i], ",");
+        if (pieces.size() < 3)
+            fail(i, "setMiscValues needs 2 numbers but has " + countText(pieces.size() - 1));
+        const double recoil = realFrom(pieces[1], i, "setMiscValues barrel recoil");
+        const double delay = realFrom(TextPieces::beforeFirst(pieces[2], ')'), i, "setMiscValues slave fire delay");
+        document.fBarrelRecoil = recoil;
+        document.fSlaveFireDelay = delay;
+        document.bHasMiscValues = true;
+        lines[i].clear();
+    }
+}
+
+std::size_t firstLineNaming(const std::vector<std::string> &lines, std::string_view name)
+{
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (containsNoCase(lines[i], name))
+            return i;
+    }
+    return lines.size();
+}
+
+// Each family entry whose name equals a record's family, letter case aside, takes the record's
+// spelling and value; the first equal record wins.
+template<typename Record, typename EntryText>
+void updateFamilyEntries(std::vector<std::string> &entries, const std::vector<Record> &records,
+                         EntryText entryText)
+{
+    std::vector<std::string> names;
+    names.reserve(records.size());
+    for (const Record &record : records)
+        names.push_back(TextPieces::toLower(record.sFamily));
+    for (std::string &entry : entries) {
+        const std::string name = TextPieces::toLower(std::string_view(entry).substr(0, entry.find(kEntrySeparator)));
+        for (std::size_t k = 0; k < names.size(); ++k) {
+            if (names[k] == name) {
+                entry = entryText(records[k]);
+                break;
+            }
+        }
+    }
+}
+
+void penetrationPass(EditorDocument &document)
+{
+    std::vector<std::string> &lines = document.strScriptLines;
+    const std::size_t start = firstLineNaming(lines, "setpenetration");
+    if (start < lines.size()) {
+        const std::vector<std::string_view> pieces = split(lines[start], ",");
+        if (pieces.size() < 2)
+            fail(start, "setPenetration needs the shield penetration after the weapon name: " + shown(lines[start]));
+        document.iFieldPenetration
+            = intFrom<std::int32_t>(StripTableChars(pieces[1]), start, "setPenetration shield penetration");
+        // A missing or unreadable default ("1)", "{") is no fault: the default stays 1.
+        document.fDefaultPenetration = 1;
+        if (pieces.size() > 2) {
+            if (const std::optional<double> value = NumberText::readReal(pieces[2]))
+                document.fDefaultPenetration = *value;
+        }
+        lines[start].clear();
+
+        std::vector<FamilyPenetration> &records = document.FamilyPenetrations;
+        for (std::size_t i = start; i < lines.size(); ++i) {
+            const std::string_view line = lines[i];
+            const bool tableEnds = line.find(')') != std::string_view::npos;
+            const std::size_t equals = line.find('=');
+            if (equals != std::string_view::npos) {
+                std::string_view value = line.substr(equals + 1);
+                value = value.substr(0, value.find('='));
+                FamilyPenetration &record = records.back();
+                record.sFamily = StripTableChars(line.substr(0, equals));
+                record.fPenetration = realFrom(StripTableChars(value), i,
+                                               "setPenetration value of family " + shown(record.sFamily));
+            }
+            lines[i].clear();
+            if (tableEnds)
+                break;
+            if (equals != std::string_view::npos)
+                records.emplace_back();
+        }
+    }
+    updateFamilyEntries(document.lstArmorFamilies, document.FamilyPenetrations, [](const FamilyPenetration &r) {
+        return r.sFamily + std::string(kEntrySeparator) + realText(r.fPenetration);
+    });
+}
+
+// One table line of setAccuracy; true when it filled the last record. "damage" is matched with its
+// case, so "Damage=1" is part of an ordinary entry and sets no flag.
+bool accuracyTableLine(std::string_view line, std::size_t index, std::vector<FamilyAccuracy> &records)
+{
+    const std::size_t firstEquals = line.find('=');
+    const bool twoEquals = firstEquals != std::string_view::npos
+                           && line.find('=', firstEquals + 1) != std::string_view::npos;
+    const bool damage = line.find("damage") != std::string_view::npos;
+    if (firstEquals == std::string_view::npos && !damage)
+        return false;
+
+    const std::vector<std::string_view> pieces = split(line, ",");
+    if (damage && !twoEquals) {
+        // A flag on a line of its own belongs to the entry completed on an earlier line.
+        if (records.size() < 2)
+            fail(index, "setAccuracy damage line comes before the first entry: " + shown(line));
+        std::string_view flag;
+        if (!TextPieces::pieceAt(pieces[0], "=", 1, flag))
+            fail(index, "setAccuracy damage line needs damage=flag before its first comma: " + shown(line));
+        FamilyAccuracy &record = records[records.size() - 2];
+        record.iAlwaysDamage = intFrom<std::int16_t>(StripTableChars(flag), index,
+                                                     "setAccuracy damage flag of family " + shown(record.sFamily));
+        return false;
+    }
+
+    std::string_view value;
+    if (!TextPieces::pieceAt(pieces[0], "=", 1, value))
+        fail(index, "setAccuracy entry needs family=value before its first comma: " + shown(line));
+    FamilyAccuracy &record = records.back();
+    record.sFamily = StripTableChars(TextPieces::beforeFirst(pieces[0], '='));
+    record.fAccuracy = realFrom(StripTableChars(value), index, "setAccuracy value of family " + shown(record.sFamily));
+    if (damage) {
+        std::string_view flag;
+        if (pieces.size() < 2 || !TextPieces::pieceAt(pieces[1], "=", 1, flag))
+            fail(index, "setAccuracy entry needs damage=flag after its first comma: " + shown(line));
+        record.iAlwaysDamage = intFrom<std::int16_t>(StripTableChars(flag), index,
+                                                     "setAccuracy damage flag of family " + shown(record.sFamily));
+    }
+    return true;
+}
+
+void accuracyPass(EditorDocument &document)
+{
+    std::vector<std::string> &lines = document.strScriptLines;
+    const std::size_t start = firstLineNaming(lines, "setaccuracy");
+    if (start < lines.size()) {
+        const std::vector<std::string_view> pieces = split(TextPieces::beforeFirst(lines[start], ')'), ",");
+        if (pieces.size() < 2)
+            fail(start, "setAccuracy needs the default accuracy after the weapon name: " + shown(lines[start]));
+        document.iDefaultAccuracy = intFrom<std::int16_t>(pieces[1], start, "setAccuracy default accuracy");
+        lines[start].clear();
+
+        std::vector<FamilyAccuracy> &records = document.FamilyAccuracies;
+        for (std::size_t i = start; i < lines.size(); ++i) {
+            const bool tableEnds = lines[i].find(')') != std::string::npos;
+            const bool entry = accuracyTableLine(lines[i], i, records);
+            lines[i].clear();
+            if (tableEnds)
+                break;
+            if (entry)
+                records.emplace_back();
+        }
+    }
+    updateFamilyEntries(document.lstAccuracy, document.FamilyAccuracies, [](const FamilyAccuracy &r) {
+        return r.sFamily + std::string(kEntrySeparator) + realText(r.fAccuracy) + std::string(kEntrySeparator)
+               + intText(r.iAlwaysDamage);
+    });
+}
+
+} // namespace
+
+std::string StripTableChars(std::string_view text)
+{
+    std::string kept;
+    kept.reserve(text.size());
+    for (const char c : text) {
+        if (c != '{' && c != '}' && c != ' ' && c != ',' && c != ')')
+            kept += c;
+    }
+    return kept;
+}
+
+ReadResult ReadWeaponScript(EditorDocument &document, std::string_view bytes)
+{
+    document.lstWeaponResults.clear();
+    document.strScriptLines.assign(1, std::string());
+    document.WeaponResults.assign(1, WeaponResult{});
+    document.FamilyPenetrations.assign(1, FamilyPenetration{});
+    document.FamilyAccuracies.assign(1, FamilyAccuracy{});
+    document.Weapon.intError = 0;
+    document.bHasMiscValues = false;
+
+    if (bytes.empty())
+        return {ReadOutcome::Failed, 0, "The file is empty."};
+    document.strScriptLines = TextPieces::splitLines(bytes);
+
+    commentPass(document.strScriptLines);
+    if (const std::optional<std::size_t> index = startWeaponConfigPass(document)) {
+        const int line = static_cast<int>(*index + 1);
+        return {ReadOutcome::Abandoned, line, "Line " + intText(line) + ": " + document.Weapon.lastError()};
+    }
+    try {
+        addWeaponResultPass(document);
+        setAnglesPass(document);
+        setMiscValuesPass(document);
+        penetrationPass(document);
+        accuracyPass(document);
+    } catch (const LineFailure &failure) {
+        const int line = static_cast<int>(failure.index + 1);
+        return {ReadOutcome::Failed, line, "Line " + intText(line) + ": " + failure.message};
+    }
+    return {};
+}
+
+ReadResult ReadWeaponScriptFile(EditorDocument &document, const std::string &path)
+{
+    std::string bytes;
+    if (std::optional<std::string> problem = AtomicFile::read(path, bytes))
+        return {ReadOutcome::Failed, 0, std::move(*problem)};
+    return ReadWeaponScript(document, bytes);
+}
+
+ReadResult OpenWeaponScript(EditorDocument &document, std::string_view bytes)
+{
+    ReadResult result = ReadWeaponScript(document, bytes);
+    if (!result.completed())
+        return result;
+    document.Weapon.InitializeWeaponValues();
+    if (std::optional<std::string> problem = document.fillFamilyTables())
+        return {ReadOutcome::Failed, 0, std::move(*problem)};
+    return result;
+}
