@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#include "ScriptRoundTrip.h"
+
+#include "AtomicFile.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+
+namespace {
+
+std::vector<std::filesystem::path> corpusFiles()
+{
+    std::vector<std::filesystem::path> files;
+    for (const char *folder : {"fuzz/corpus", "fuzz/regressions"}) {
+        const std::filesystem::path path = std::filesystem::path(VANTOREL_SOURCE_DIR) / folder;
+        if (!std::filesystem::is_directory(path))
+            continue;
+        for (const auto &entry : std::filesystem::directory_iterator(path)) {
+            if (entry.is_regular_file() && entry.path().filename().string()[0] != '.')
+                files.push_back(entry.path());
+        }
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+std::string testName(const testing::TestParamInfo<std::filesystem::path> &info)
+{
+    std::string name = info.param.parent_path().filename().string() + "_" + info.param.filename().string();
+    std::replace_if(name.begin(), name.end(), [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); }, '_');
+    return name;
+}
+
+class ScriptCorpusTest : public testing::TestWithParam<std::filesystem::path>
+{};
+
+} // namespace
+
+TEST_P(ScriptCorpusTest, WrittenScriptsOpenAndWriteTheSameBytes)
+{
+    std::string bytes;
+    ASSERT_EQ(AtomicFile::read(GetParam().string(), bytes), std::nullopt);
+    const std::optional<std::string> problem = checkScriptRoundTrip(bytes);
+    EXPECT_FALSE(problem.has_value()) << *problem;
+}
+
+INSTANTIATE_TEST_SUITE_P(Saved, ScriptCorpusTest, testing::ValuesIn(corpusFiles()), testName);
