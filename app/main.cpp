@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "DataDirectorySetting.h"
+#include "Dialogs.h"
 #include "WepnEditor_Main.h"
 
 #include <QApplication>
@@ -6,7 +8,8 @@
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
-    WepnEditor_Main window;
+    const std::unique_ptr<QSettings> settings = DataDirectorySetting::userSettings();
+    WepnEditor_Main window(*settings, std::make_unique<QtDialogs>());
     window.Form_Load();
     window.show();
     return app.exec();

@@ -1,14 +1,186 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QMainWindow>
+#include "CustomFSO.h"
+#include "Dialogs.h"
+#include "EditorDocument.h"
 
-// The editor's only working window.
+#include <QHash>
+#include <QMainWindow>
+#include <QPointer>
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class QAction;
+class QCheckBox;
+class QComboBox;
+class QGroupBox;
+class QLabel;
+class QLineEdit;
+class QListWidget;
+class QPushButton;
+class QSettings;
+class frmDecompiledDataDir;
+
+// The editor's only working window: every value of one weapon script in six frames, the File and
+// Settings menus, and the commands behind them. Controls and fields are public and keep the names
+// the rest of the editor uses for them.
 class WepnEditor_Main : public QMainWindow
 {
     Q_OBJECT
 public:
-    explicit WepnEditor_Main(QWidget *parent = nullptr);
+    WepnEditor_Main(QSettings &settings, std::unique_ptr<Dialogs> dialogs, QWidget *parent = nullptr);
+    ~WepnEditor_Main() override;
 
+    // The data directory and the paths derived from it, as the file system's bytes (PathText).
+    std::string strDataDir;
+    std::string strWFDir;
+    std::string strWEPNDir;
+    std::string strFLFile;
+    CustomFSO FSO;
+    // 1 once a script has been read in, 0 before and after an abandoned read.
+    std::int16_t intLoaded = 0;
+    // The document; document.Weapon is the window's one KorvathWeapon. Its three entry lists are
+    // what lstWeaponResults, lstArmorFamilies and lstAccuracy show, entry for entry.
+    EditorDocument document;
+
+    Dialogs &dialogs() { return *m_dialogs; }
+
+    // --- Controls, created by the constructor -----------------------------------------------
+    QGroupBox *fraBasicStats = nullptr;
+    QGroupBox *fraWeaponResults = nullptr;
+    QGroupBox *fraRotations = nullptr;
+    QGroupBox *fraTurretProperties = nullptr;
+    QGroupBox *fraPenetration = nullptr;
+    QGroupBox *fraAccuracy = nullptr;
+
+    // Basic Stats: the text fields by index 0, 1 and 3 to 16; Value[2] is null.
+    std::array<QLineEdit *, 17> Value{};
+    QComboBox *cboWeaponEffects = nullptr;
+    QComboBox *cboActivation = nullptr;
+    QComboBox *cboFireAxis = nullptr;
+    QComboBox *cboVelocityPredict = nullptr;
+    QComboBox *cboCheckLOF = nullptr;
+    QComboBox *cboShootSecondaries = nullptr;
+    QComboBox *cboShootSurroundings = nullptr;
+    QComboBox *cboTrackDistantTargets = nullptr;
+    // The field labels in the order they are built (objectNames lblML_0, lblML_1, ...).
+    std::vector<QLabel *> lblML;
+    QLabel *lblBurstShots = nullptr;
+
+    QListWidget *lstWeaponResults = nullptr;
+    QComboBox *cboCondition = nullptr;
+    QComboBox *cboEffect = nullptr;
+    QLineEdit *txtMinEffect = nullptr;
+    QLineEdit *txtMaxEffect = nullptr;
+    QLineEdit *txtSpawnedWeaponEffect = nullptr;
+    QPushButton *cmdRemove = nullptr;
+    QPushButton *cmdAdd = nullptr;
+    QPushButton *cmdApply = nullptr;
+
+    QLineEdit *txtFiringArc = nullptr;
+    QLineEdit *txtLeftRot = nullptr;
+    QLineEdit *txtRightRot = nullptr;
+    QLineEdit *txtDownRot = nullptr;
+    QLineEdit *txtUpRot = nullptr;
+    QLineEdit *txtBarrelRecoil = nullptr;
+    QLineEdit *txtSlaveFireDelay = nullptr;
+
+    QLineEdit *txtFieldPenetration = nullptr;
+    QLineEdit *txtDefaultPenetration = nullptr;
+    QListWidget *lstArmorFamilies = nullptr;
+    QLineEdit *txtPenetration = nullptr;
+    QPushButton *cmdPenApply = nullptr;
+
+    QListWidget *lstAccuracy = nullptr;
+    QLineEdit *txtAccuracy = nullptr;
+    QCheckBox *chkAlwaysDMG = nullptr;
+    QPushButton *cmdAccApply = nullptr;
+
+    // Menu commands (File: Open, Save, Exit; Settings > Manage Directories: DecompiledData).
+    QAction *Open = nullptr;
+    QAction *Save = nullptr;
+    QAction *Exit = nullptr;
+    QAction *DecompiledData = nullptr;
+
+    // --- Start-up, data directory, exit (WepnEditor_Main.cpp) ---------------------------------
     void Form_Load();
+    void DecompiledData_Click();
+    void Exit_Click();
+    // strDataDir from the setting, then the three derived paths.
+    void LoadDataDirectory();
+    // strDataDir and the setting become dataDir; the derived paths follow at once.
+    void StoreDataDirectory(const std::string &dataDir);
+    // The directory dialog while it is open.
+    frmDecompiledDataDir *directoryDialog() const;
+
+    // --- Open and Save As (WepnEditor_Commands.cpp) -------------------------------------------
+    void Open_Click();
+    void Save_Click();
+    // Both give false when the Open must take its failure path.
+    bool LoadWeaponEffects();
+    bool LoadFamilyList();
+
+    // --- Showing and collecting (WepnEditor_Document.cpp) -------------------------------------
+    // Puts the record and the document into the controls, fills the families still marked "N"
+    // and rebuilds both family tables and their lists. lstWeaponResults and the enabled states
+    // are the Open command's. Gives the reason when a family entry cannot be read (the controls
+    // are set all the same).
+    std::optional<QString> ShowDocument();
+    // Takes the controls back into the record and the document, all or nothing: on failure it
+    // gives a message naming the field's label and its text, and changes nothing.
+    std::optional<QString> CollectDocument();
+
+    // --- Editors and input rules (WepnEditor_Editors.cpp) -------------------------------------
+    // The effect rule. Runs on every change of cboEffect's choice; a caller that chooses the
+    // item already chosen calls it itself.
+    void cboEffect_Click();
+    // The list handlers run when an entry becomes selected (selectedEntry gives it).
+    void lstWeaponResults_Click();
+    void cmdAdd_Click();
+    void cmdApply_Click();
+    void cmdRemove_Click();
+    void lstArmorFamilies_Click();
+    void lstAccuracy_Click();
+    void cmdPenApply_Click();
+    void cmdAccApply_Click();
+    // Runs whenever the text of Value[index] changes, by typing or by the program.
+    void Value_Change(int index);
+    // KeyAscii is the typed character's code (8 for backspace, 13 for Enter, 1 to 26 for Ctrl
+    // with a letter); setting it to 0 discards the key.
+    void txtMinEffect_KeyPress(int &KeyAscii);
+    void txtMaxEffect_KeyPress(int &KeyAscii);
+    void txtPenetration_KeyPress(int &KeyAscii);
+
+    // --- Lists mirror the document's entry lists ----------------------------------------------
+    // The list shows exactly the entries (any selection is dropped).
+    static void refreshList(QListWidget *list, const std::vector<std::string> &entries);
+    // Item i shows entries[i] again; the selection stays.
+    static void setListEntry(QListWidget *list, const std::vector<std::string> &entries, std::size_t i);
+    // The selected entry, or nothing.
+    static std::optional<std::size_t> selectedEntry(const QListWidget *list);
+
+    // The label text of a field (without its colon), for messages; empty when it has none.
+    QString fieldLabel(std::string_view controlName) const;
+    QWidget *control(std::string_view controlName) const;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void buildForm();
+    void buildMenus();
+    void connectHandlers();
+
+    QSettings &m_settings;
+    std::unique_ptr<Dialogs> m_dialogs;
+    QPointer<frmDecompiledDataDir> m_directoryDialog;
+    QHash<QString, QWidget *> m_controls;
+    QHash<QString, QString> m_labels;
 };

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+// The texts of the editor's message boxes, built in one place so tests compare them exactly.
+namespace Messages {
+
+inline QString folderNotFound()
+{
+    return QStringLiteral("That folder does not exist, please try again.");
+}
+
+inline QString folderMissing(const QString &folder)
+{
+    return QStringLiteral("The folder '") + folder + QStringLiteral("' does not exist.");
+}
+
+inline QString fileMissing(const QString &file)
+{
+    return QStringLiteral("The file '") + file + QStringLiteral("' does not exist.");
+}
+
+inline QString familyListMissing()
+{
+    return QStringLiteral("Please locate your 'familylist.lua' file before opening a weapon for modification.");
+}
+
+inline QString familyListMissingTitle()
+{
+    return QStringLiteral("Missing familylist.lua");
+}
+
+inline QString unrecognizedFireType(const QString &fireType)
+{
+    return QStringLiteral("Unrecognized weapon type: '") + fireType + QStringLiteral("' -- Please notify Pellor.");
+}
+
+inline QString savedTo(const QString &path)
+{
+    return QStringLiteral("Successfully saved to '") + path + QLatin1Char('\'');
+}
+
+inline QString unknownCondition(const QString &condition)
+{
+    return QStringLiteral("Unknown condition '") + condition + QLatin1Char('\'');
+}
+
+inline QString unknownEffect(const QString &effect)
+{
+    return QStringLiteral("Unknown effect '") + effect + QLatin1Char('\'');
+}
+
+inline QString accuracyOutOfRange()
+{
+    return QStringLiteral("Accuracy must be a value between 1 and 0.");
+}
+
+// A field whose text CollectDocument cannot take. label is the field's label without its colon;
+// expected says what it must hold, e.g. "a number".
+inline QString fieldNotTaken(const QString &label, const QString &text, const QString &expected)
+{
+    return QStringLiteral("\"") + label + QStringLiteral("\" must hold ") + expected + QStringLiteral(", not \"")
+           + text + QStringLiteral("\". Nothing was changed.");
+}
+
+} // namespace Messages
