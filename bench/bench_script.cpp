@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+// Read and write of a typical script: the statements of a turret, three impact results and
+// eight families in each table.
+#include "ScriptReader.h"
+#include "ScriptWriter.h"
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+const std::vector<std::string> kFamilies = {"Fighter", "Corvette", "Frigate", "Resource",
+                                            "Capital", "Utility",  "Mine",    "Missile"};
+
+std::string typicalScript()
+{
+    std::string script = "StartWeaponConfig(NewWeaponType,\"AnimatedTurret\",\"Bullet\",\"FX_Shot\",\"Normal\","
+                         "2500,1700,0,0,0,0,0,1,1,0.5,0,0,0,0,80,80,0.1,\"\",0,0,0)\r\n\r\n"
+                         "AddWeaponResult(NewWeaponType,\"Hit\",\"DamageHealth\",\"Target\",40,40,\"\")\r\n"
+                         "AddWeaponResult(NewWeaponType,\"Hit\",\"Push\",\"Target\",5,10,\"\")\r\n"
+                         "AddWeaponResult(NewWeaponType,\"Miss\",\"SpawnWeaponFire\",\"Target\",0,0,\"FX_Spawn\")\r\n\r\n"
+                         "setAngles(NewWeaponType,10,-90,90,-5,60)\r\n\r\n"
+                         "setPenetration(NewWeaponType,5,1,\r\n";
+    for (std::size_t i = 0; i < kFamilies.size(); ++i)
+        script += "{" + kFamilies[i] + "=0." + std::to_string(i + 1) + (i + 1 < kFamilies.size() ? ",},\r\n" : ",})\r\n\r\n");
+    script += "setAccuracy(NewWeaponType,1,\r\n";
+    for (std::size_t i = 0; i < kFamilies.size(); ++i)
+        script += "{" + kFamilies[i] + "=0." + std::to_string(9 - i) + (i % 2 ? ", damage=1," : ",")
+                  + (i + 1 < kFamilies.size() ? "},\r\n" : "})\r\n\r\n");
+    return script;
+}
+
+EditorDocument preparedDocument()
+{
+    EditorDocument document;
+    document.setFamilies(kFamilies, kFamilies);
+    return document;
+}
+
+// What Open does with the bytes: read, name the weapon, fill the family tables. The document
+// starts each round with fresh family entries, as after the family list is read.
+void BM_OpenScript(benchmark::State &state)
+{
+    const std::string script = typicalScript();
+    const EditorDocument prepared = preparedDocument();
+    for (auto _ : state) {
+        EditorDocument document = prepared;
+        const ReadResult result = OpenWeaponScript(document, script);
+        if (!result.completed())
+            state.SkipWithError(result.message.c_str());
+        benchmark::DoNotOptimize(document);
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * script.size()));
+}
+BENCHMARK(BM_OpenScript);
+
+void BM_WriteScript(benchmark::State &state)
+{
+    EditorDocument document = preparedDocument();
+    if (!OpenWeaponScript(document, typicalScript()).completed())
+        state.SkipWithError("the typical script does not open");
+    for (auto _ : state) {
+        std::string text = WeaponScriptText(document);
+        benchmark::DoNotOptimize(text);
+    }
+}
+BENCHMARK(BM_WriteScript);
+
+} // namespace
+
+BENCHMARK_MAIN();
