@@ -43,7 +43,13 @@ protected:
         target = folder / "Weapon.wepn";
         ASSERT_EQ(AtomicFile::write(target.string(), "old\r\n"), std::nullopt);
     }
-    void TearDown() override { fs::remove_all(folder); }
+    void TearDown() override
+    {
+        // Undo chattr and mount even when an assertion ended the test early.
+        for (const std::string &command : cleanup)
+            EXPECT_EQ(std::system(command.c_str()), 0) << command;
+        fs::remove_all(folder);
+    }
 
     // A save that must fail: the reason names the path and the system's message, the folder
     // holds exactly what it held before, and the target is untouched.
@@ -60,6 +66,7 @@ protected:
 
     fs::path folder;
     fs::path target;
+    std::vector<std::string> cleanup;
 };
 
 } // namespace
@@ -98,8 +105,8 @@ TEST_F(AtomicFileTest, ImmutableTarget)
 {
     if (std::system(("chattr +i '" + target.string() + "' 2>/dev/null").c_str()) != 0)
         GTEST_SKIP() << "chattr +i is not supported here";
+    cleanup.push_back("chattr -i '" + target.string() + "'");
     expectFailedSave(target, "new", "Operation not permitted");
-    EXPECT_EQ(std::system(("chattr -i '" + target.string() + "'").c_str()), 0);
 }
 
 TEST_F(AtomicFileTest, FullDisk)
@@ -109,6 +116,7 @@ TEST_F(AtomicFileTest, FullDisk)
     if (::geteuid() != 0
         || std::system(("mount -t tmpfs -o size=64k tmpfs '" + disk.string() + "' 2>/dev/null").c_str()) != 0)
         GTEST_SKIP() << "a tiny tmpfs needs root and a working mount";
+    cleanup.push_back("umount '" + disk.string() + "'");
     const fs::path full = disk / "Weapon.wepn";
     ASSERT_EQ(AtomicFile::write(full.string(), "old\r\n"), std::nullopt);
 
@@ -117,5 +125,4 @@ TEST_F(AtomicFileTest, FullDisk)
     EXPECT_NE(problem->find("No space left on device"), std::string::npos) << *problem;
     EXPECT_EQ(contentOf(full), "old\r\n");
     EXPECT_EQ(namesIn(disk), std::vector<std::string>{"Weapon.wepn"});
-    EXPECT_EQ(std::system(("umount '" + disk.string() + "'").c_str()), 0);
 }
