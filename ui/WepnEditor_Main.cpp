@@ -365,7 +365,9 @@ void WepnEditor_Main::buildForm()
     client->setFixedSize(px(12360), px(8985));
     setCentralWidget(client);
 
+    // Weight set explicitly: a weight left unset would be taken from the bold frame caption.
     QFont plain = font();
+    plain.setBold(false);
     QFont bold = plain;
     bold.setBold(true);
 
