@@ -36,6 +36,12 @@ inline QString unrecognizedFireType(const QString &fireType)
     return QStringLiteral("Unrecognized weapon type: '") + fireType + QStringLiteral("' -- Please notify Pellor.");
 }
 
+// A script that was chosen but cannot be read; reason says where and why ("Line 12: ...").
+inline QString cannotOpen(const QString &path, const QString &reason)
+{
+    return QStringLiteral("Cannot open '") + path + QStringLiteral("': ") + reason;
+}
+
 inline QString savedTo(const QString &path)
 {
     return QStringLiteral("Successfully saved to '") + path + QLatin1Char('\'');

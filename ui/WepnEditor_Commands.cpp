@@ -2,20 +2,230 @@
 // File > Open and File > Save As.
 #include "WepnEditor_Main.h"
 
+#include "AppInfo.h"
+#include "AtomicFile.h"
+#include "FamilyList.h"
+#include "Latin1.h"
+#include "Messages.h"
+#include "PathText.h"
+#include "ScriptReader.h"
+#include "ScriptWriter.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+namespace {
+
+std::string lowerCase(std::string_view text)
+{
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return lower;
+}
+
+// Which of Value(3), Value(5), Value(6), Value(7), Value(16) and cboFireAxis apply to a fire type.
+struct FireTypeFields
+{
+    std::string_view fireType;
+    bool velocity, blastRadius, fireDuration, anticipation, passThruHealth, fireAxis;
+};
+
+constexpr FireTypeFields kFireTypes[] = {
+    {"instanthit", false, false, true, true, true, false},
+    {"bullet", true, false, false, false, false, false},
+    {"mine", true, false, false, false, false, false},
+    {"missile", true, false, false, false, false, true},
+    {"sphereburst", true, true, false, false, false, false},
+};
+
+} // namespace
+
+// The caption names the file by its file-system name; the title part is plain ASCII.
+static QString documentCaption(const CustomFSO &fso, const std::string &path)
+{
+    return Latin1::toQString(AppInfo::documentCaption({})) + PathText::toQString(fso.GetFileName(path));
+}
+
 void WepnEditor_Main::Open_Click()
 {
+    // Before a file is chosen every failure ends here. A loaded script stays loaded and saveable;
+    // without one, nothing may be added, removed or saved.
+    auto failurePath = [this] {
+        if (intLoaded != 0)
+            return;
+        cmdAdd->setEnabled(false);
+        cmdRemove->setEnabled(false);
+        Save->setEnabled(false);
+    };
+    // After a file was chosen its name is in the caption and the document may hold half of it:
+    // it must never be saved, over that file or any other.
+    auto abandon = [this] {
+        Save->setEnabled(false);
+        cmdAdd->setEnabled(false);
+        cmdRemove->setEnabled(false);
+        intLoaded = 0;
+    };
+
+    if (!FSO.FolderExists(strWFDir)) {
+        dialogs().message(Messages::folderMissing(PathText::toQString(strWFDir)), {});
+        return failurePath();
+    }
+    if (!FSO.FileExists(strFLFile)) {
+        dialogs().message(Messages::fileMissing(PathText::toQString(strFLFile)), {});
+        return failurePath();
+    }
+    if (!LoadWeaponEffects() || !LoadFamilyList())
+        return failurePath();
+
+    const std::optional<QString> chosen
+        = dialogs().openFile(PathText::toQString(strWEPNDir), scriptFileFilter(), QStringLiteral("*.wepn"));
+    if (!chosen)
+        return failurePath();
+
+    document.strWEPNFile = PathText::toBytes(*chosen);
+    setWindowTitle(documentCaption(FSO, document.strWEPNFile));
+    lstWeaponResults->setToolTip(QString());
+    fraTurretProperties->setEnabled(false);
+
+    std::string bytes;
+    if (std::optional<std::string> unreadable = AtomicFile::read(document.strWEPNFile, bytes)) {
+        // The reason already names the file.
+        dialogs().message(PathText::toQString(*unreadable), {});
+        return abandon();
+    }
+    const ReadResult read = OpenWeaponScript(document, bytes);
+    // The read rebuilds all three entry lists, also when it stops part way.
+    refreshList(lstWeaponResults, document.lstWeaponResults);
+    refreshList(lstArmorFamilies, document.lstArmorFamilies);
+    refreshList(lstAccuracy, document.lstAccuracy);
+    if (read.outcome == ReadOutcome::Abandoned)
+        return abandon();
+    if (read.outcome == ReadOutcome::Failed) {
+        dialogs().message(Messages::cannotOpen(PathText::toQString(document.strWEPNFile),
+                                               Latin1::toQString(read.message)),
+                          {});
+        return abandon();
+    }
+    intLoaded = 1;
+
+    if (document.bHasMiscValues)
+        fraTurretProperties->setEnabled(true);
+    Save->setEnabled(true);
+
+    const std::string fireType = lowerCase(document.Weapon.sWeaponFireType);
+    const auto known = std::find_if(std::begin(kFireTypes), std::end(kFireTypes),
+                                    [&](const FireTypeFields &row) { return row.fireType == fireType; });
+    FireTypeFields fields{};
+    if (known != std::end(kFireTypes))
+        fields = *known;
+    else
+        dialogs().message(Messages::unrecognizedFireType(Latin1::toQString(document.Weapon.sWeaponFireType)), {});
+    Value[3]->setEnabled(fields.velocity);
+    Value[5]->setEnabled(fields.blastRadius);
+    Value[6]->setEnabled(fields.fireDuration);
+    Value[7]->setEnabled(fields.anticipation);
+    Value[16]->setEnabled(fields.passThruHealth);
+    cboFireAxis->setEnabled(fields.fireAxis);
+
+    document.Weapon.InitializeWeaponValues();
+    if (std::optional<QString> problem = ShowDocument()) {
+        dialogs().message(Messages::cannotOpen(PathText::toQString(document.strWEPNFile), *problem), {});
+        return abandon();
+    }
+
+    cmdAdd->setEnabled(true);
+    cmdRemove->setEnabled(true);
+    for (QGroupBox *frame : {fraBasicStats, fraWeaponResults, fraRotations, fraPenetration, fraAccuracy})
+        frame->setEnabled(true);
+
+    const bool turret = lowerCase(document.Weapon.sWeaponType) == "animatedturret";
+    for (QLineEdit *rotation : {txtLeftRot, txtRightRot, txtUpRot, txtDownRot})
+        rotation->setEnabled(turret);
 }
 
 void WepnEditor_Main::Save_Click()
 {
+    const std::optional<QString> chosen
+        = dialogs().saveFile(PathText::toQString(document.strWEPNFile), scriptFileFilter());
+    if (!chosen)
+        return;
+
+    // The caption never names a file that was not written: on failure both go back.
+    const std::string previousFile = document.strWEPNFile;
+    const QString previousCaption = windowTitle();
+    auto restore = [&] {
+        document.strWEPNFile = previousFile;
+        setWindowTitle(previousCaption);
+    };
+
+    document.strWEPNFile = PathText::toBytes(*chosen);
+    setWindowTitle(documentCaption(FSO, document.strWEPNFile));
+
+    if (std::optional<QString> refusal = CollectDocument()) {
+        dialogs().message(*refusal, {});
+        return restore();
+    }
+    if (std::optional<std::string> problem = WriteWeaponScript(document, document.strWEPNFile)) {
+        // The writer's reason names the file and what the system said.
+        dialogs().message(PathText::toQString(*problem), {});
+        return restore();
+    }
+    dialogs().message(Messages::savedTo(PathText::toQString(document.strWEPNFile)), {});
 }
 
 bool WepnEditor_Main::LoadWeaponEffects()
 {
+    // The listing comes in the file system's own order; sorted, the drop-down reads the same on
+    // every machine.
+    std::vector<std::string> names;
+    std::error_code error;
+    std::filesystem::directory_iterator entry(std::filesystem::path(strWFDir), error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        std::string name = entry->path().filename().string();
+        if (name.find('.') == std::string::npos)
+            names.push_back(std::move(name));
+    }
+
+    // Clearing an editable drop-down also clears what it shows; a loaded script keeps its effect
+    // name there, since a later Save As takes it from the field.
+    const QString shown = cboWeaponEffects->currentText();
+    cboWeaponEffects->clear();
+    if (error) {
+        cboWeaponEffects->setEditText(shown);
+        return false;
+    }
+    std::sort(names.begin(), names.end());
+    for (const std::string &name : names)
+        cboWeaponEffects->addItem(Latin1::toQString(name));
+    cboWeaponEffects->setEditText(shown);
+    if (cboWeaponEffects->count() > 0)
+        cboWeaponEffects->setEnabled(true);
     return true;
 }
 
 bool WepnEditor_Main::LoadFamilyList()
 {
-    return true;
+    if (!FSO.FileExists(strFLFile)) {
+        dialogs().message(Messages::familyListMissing(), Messages::familyListMissingTitle());
+        return true;
+    }
+    const FamilyList families = ReadFamilyListFile(strFLFile);
+    document.setFamilies(families.armourFamilies, families.attackFamilies);
+    refreshList(lstArmorFamilies, document.lstArmorFamilies);
+    refreshList(lstAccuracy, document.lstAccuracy);
+    if (families.ok())
+        return true;
+    // The Open ends quietly on this failure unless told why; a mod author with a broken family
+    // list needs the file, the line and what is missing.
+    dialogs().message(PathText::toQString(families.error), {});
+    return false;
 }
