@@ -14,6 +14,7 @@
 #include <QPushButton>
 
 #include <cmath>
+#include <tuple>
 
 namespace {
 
@@ -41,6 +42,12 @@ QString entryPiece(const std::vector<std::string> &entries, std::size_t i, std::
     return n < pieces.size() ? Latin1::toQString(pieces[n]) : QString();
 }
 
+// label names the field as the user sees it; the family frames' fields are both "Value".
+void notANumber(WepnEditor_Main &w, const QString &label, const QString &text)
+{
+    w.dialogs().message(Messages::fieldNotTaken(label, text, QStringLiteral("a number")), QString());
+}
+
 void digitFilter(int &KeyAscii)
 {
     if (KeyAscii != 8 && (KeyAscii < '0' || KeyAscii > '9'))
@@ -63,8 +70,7 @@ std::optional<WeaponResult> resultFromFields(WepnEditor_Main &w)
                                       std::tuple{w.txtMaxEffect, "txtMaxEffect", &result.fMaxEffect}}) {
         const std::optional<double> number = readField(field->text());
         if (!number) {
-            w.dialogs().message(Messages::fieldNotTaken(w.fieldLabel(name), field->text(), QStringLiteral("a number")),
-                              QString());
+            notANumber(w, w.fieldLabel(name), field->text());
             return std::nullopt;
         }
         *value = *number;
@@ -74,8 +80,8 @@ std::optional<WeaponResult> resultFromFields(WepnEditor_Main &w)
         const QString spawned = w.txtSpawnedWeaponEffect->text();
         if (!Latin1::fits(spawned)) {
             w.dialogs().message(Messages::fieldNotTaken(w.fieldLabel("txtSpawnedWeaponEffect"), spawned,
-                                                      QStringLiteral("only characters a script can hold")),
-                              QString());
+                                                        QStringLiteral("only characters a script can hold")),
+                                QString());
             return std::nullopt;
         }
         result.sSpawnedWeaponEffect = Latin1::toBytes(spawned);
@@ -105,7 +111,6 @@ void WepnEditor_Main::lstWeaponResults_Click()
     if (!selected || *selected >= document.WeaponResults.size() || *selected >= document.lstWeaponResults.size())
         return;
     const std::size_t i = *selected;
-    // A copy: the messages below are modal, and nothing may change the record under us.
     const WeaponResult r = document.WeaponResults[i];
 
     txtMinEffect->setText(numberText(r.fMinEffect));
@@ -205,9 +210,7 @@ void WepnEditor_Main::cmdPenApply_Click()
                                                      ? document.applyPenetration(*i, Latin1::toBytes(typed))
                                                      : EditorDocument::ApplyOutcome::NotANumber;
     if (outcome == EditorDocument::ApplyOutcome::NotANumber)
-        dialogs().message(Messages::fieldNotTaken(fraPenetration->title() + QLatin1Char(' ') + fieldLabel("txtPenetration"),
-                                                  typed, QStringLiteral("a number")),
-                          QString());
+        notANumber(*this, fraPenetration->title() + QLatin1Char(' ') + fieldLabel("txtPenetration"), typed);
     else if (outcome == EditorDocument::ApplyOutcome::Applied)
         setListEntry(lstArmorFamilies, document.lstArmorFamilies, *i);
 }
@@ -230,9 +233,7 @@ void WepnEditor_Main::cmdAccApply_Click()
         txtAccuracy->setText(QStringLiteral("1"));
         break;
     case EditorDocument::ApplyOutcome::NotANumber:
-        dialogs().message(Messages::fieldNotTaken(fraAccuracy->title() + QLatin1Char(' ') + fieldLabel("txtAccuracy"),
-                                                  typed, QStringLiteral("a number")),
-                          QString());
+        notANumber(*this, fraAccuracy->title() + QLatin1Char(' ') + fieldLabel("txtAccuracy"), typed);
         break;
     case EditorDocument::ApplyOutcome::NoEntry:
         break;
