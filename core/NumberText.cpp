@@ -36,6 +36,8 @@ std::string intText(long long value)
 
 namespace {
 
+constexpr long double kLargestWritten = 1.79769313486232E+308L;
+
 bool isBlank(char c) { return c == ' ' || c == '\t'; }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -108,10 +110,19 @@ std::optional<double> readReal(std::string_view text)
     const std::string_view body = numberBody(text, negative);
     if (body.empty())
         return std::nullopt;
+    const char *const end = body.data() + body.size();
     double value = 0.0;
-    const auto result = std::from_chars(body.data(), body.data() + body.size(), value,
-                                        std::chars_format::general);
-    if (result.ec != std::errc() || result.ptr != body.data() + body.size())
+    auto result = std::from_chars(body.data(), end, value, std::chars_format::general);
+    if (result.ec == std::errc::result_out_of_range) {
+        // realText rounds the largest doubles up to 15 digits ("1.79769313486232E+308"), just past
+        // the range; what we write must read back, so such a text stands for the largest double.
+        long double wide = 0.0L;
+        result = std::from_chars(body.data(), end, wide, std::chars_format::general);
+        if (result.ec != std::errc() || wide > kLargestWritten)
+            return std::nullopt;
+        value = std::numeric_limits<double>::max();
+    }
+    if (result.ec != std::errc() || result.ptr != end)
         return std::nullopt;
     return negative ? -value : value;
 }

@@ -80,8 +80,15 @@ TEST(NumberTextTest, IntegersRoundHalfToEvenAndCheckTheirRange)
 
 TEST(NumberTextTest, RoundTripsEveryWrittenValue)
 {
-    for (double value : {0.1, 1.0 / 3.0, 6.02214076e23, 1e-300, -123.456, 4.9e-5, 99999.99999})
-        EXPECT_EQ(realText(*readReal(realText(value))), realText(value));
+    constexpr double largest = std::numeric_limits<double>::max();
+    for (double value : {0.1, 1.0 / 3.0, 6.02214076e23, 1e-300, -123.456, 4.9e-5, 99999.99999, largest,
+                         -largest, std::numeric_limits<double>::denorm_min()}) {
+        const std::optional<double> back = readReal(realText(value));
+        ASSERT_TRUE(back.has_value()) << realText(value);
+        EXPECT_EQ(realText(*back), realText(value));
+    }
+    EXPECT_EQ(readReal("1.79769313486232E+308"), largest);
+    EXPECT_FALSE(readReal("1.79769313486233E+308").has_value());
 }
 
 // The process locale (which Qt sets from the user's environment) must change nothing.
