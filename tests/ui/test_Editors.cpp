@@ -1,0 +1,395 @@
+// SPDX-License-Identifier: MIT
+// The impact results, penetration and accuracy editors, the digit filter and Burst Shots, driven
+// through the window as a user would, then checked in the saved script.
+#include "FamilyList.h"
+#include "Messages.h"
+#include "PathText.h"
+#include "ScriptReader.h"
+#include "ScriptWriter.h"
+#include "ScriptedDialogs.h"
+#include "WepnEditor_Main.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QGuiApplication>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+QStringList rows(const QListWidget *list)
+{
+    QStringList texts;
+    for (int i = 0; i < list->count(); ++i)
+        texts << list->item(i)->text();
+    return texts;
+}
+
+QString notANumber(const char *label, const char *text)
+{
+    return Messages::fieldNotTaken(QLatin1String(label), QLatin1String(text), QStringLiteral("a number"));
+}
+
+} // namespace
+
+class TestEditors : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    std::unique_ptr<QSettings> m_settings;
+    std::unique_ptr<WepnEditor_Main> m_window;
+    ScriptedDialogs *m_dialogs = nullptr;
+
+    QString dataPath(const QString &relative) const { return m_dir.filePath(QStringLiteral("Data/") + relative); }
+
+    void open(const QString &script)
+    {
+        m_dialogs->openAnswers.enqueue(dataPath(QStringLiteral("Weapon/") + script));
+        m_window->Open->trigger();
+        QVERIFY(m_window->cmdAdd->isEnabled());
+        QVERIFY(m_dialogs->messages.isEmpty());
+    }
+
+    // Save As into the temp folder, then the saved file read back as Open reads a script.
+    EditorDocument saveAndRead()
+    {
+        const QString target = m_dir.filePath(QStringLiteral("saved.wepn"));
+        m_dialogs->saveAnswers.enqueue(target);
+        m_window->Save->trigger();
+        EditorDocument saved;
+        const FamilyList families = ReadFamilyListFile(m_window->strFLFile);
+        saved.setFamilies(families.armourFamilies, families.attackFamilies);
+        const ReadResult read = ReadWeaponScriptFile(saved, PathText::toBytes(target));
+        if (!read.completed() || saved.fillFamilyTables())
+            qWarning() << "saved script not read back:" << read.message.c_str();
+        return saved;
+    }
+
+    void select(QListWidget *list, int row)
+    {
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(row)).center());
+        QCOMPARE(WepnEditor_Main::selectedEntry(list), std::optional<std::size_t>(row));
+    }
+
+    // Chosen with the arrow keys, as a user picks from a drop-down.
+    void choose(QComboBox *combo, const char *item)
+    {
+        const int target = combo->findText(QLatin1String(item));
+        QVERIFY(target >= 0);
+        while (combo->currentIndex() != target) {
+            const int before = combo->currentIndex();
+            QTest::keyClick(combo, before < target ? Qt::Key_Down : Qt::Key_Up);
+            QVERIFY(combo->currentIndex() != before);
+        }
+    }
+
+    static void retype(QLineEdit *field, const QString &text)
+    {
+        field->setFocus();
+        field->selectAll();
+        QTest::keyClick(field, Qt::Key_Backspace);
+        QTest::keyClicks(field, text);
+    }
+
+    static void click(QPushButton *button) { QTest::mouseClick(button, Qt::LeftButton); }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        const QString source = QStringLiteral(VANTOREL_SOURCE_DIR "/examples/Data");
+        QDirIterator files(source, QDir::Files, QDirIterator::Subdirectories);
+        while (files.hasNext()) {
+            const QString from = files.next();
+            const QString to = dataPath(QDir(source).relativeFilePath(from));
+            QVERIFY(QDir().mkpath(QFileInfo(to).path()));
+            QVERIFY(QFile::copy(from, to));
+        }
+        QFile odd(dataPath(QStringLiteral("Weapon/Odd.wepn")));
+        QVERIFY(odd.open(QIODevice::WriteOnly));
+        odd.write("StartWeaponConfig(NewWeaponType,\"Fixed\",\"Bullet\",\"Bullet_Light\",\"Normal\",1,1,0,0,0,0,0,1,1,"
+                  "0.5,2,1.5,0,0,80,80,0.1,\"\",1,0,0)\r\n"
+                  "AddWeaponResult(NewWeaponType,\"hit\",\"Explode\",\"Target\",3,4,\"\")\r\n"
+                  "AddWeaponResult(NewWeaponType,\"Miss\",\"SpawnWeaponFire\",\"Target\",5,6,\"Sp\xe4rks\")\r\n"
+                  "AddWeaponResult(NewWeaponType,\"Hit\",\"SpawnWeaponFire\",\"Target\",0,0,\"a - b\")\r\n"
+                  "setPenetration(NewWeaponType,5,1,\r\n{Unarmoured=1.5,})\r\n"
+                  "setAccuracy(NewWeaponType,1,\r\n{Fighter=0.7,})\r\n");
+    }
+
+    void init()
+    {
+        m_settings = std::make_unique<QSettings>(m_dir.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
+        m_settings->setValue(QStringLiteral("Directories/Decompiled_Data"), dataPath(QString()).chopped(1));
+        auto dialogs = std::make_unique<ScriptedDialogs>();
+        m_dialogs = dialogs.get();
+        m_window = std::make_unique<WepnEditor_Main>(*m_settings, std::move(dialogs));
+        m_window->Form_Load();
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+        open(QStringLiteral("LightCannon/LightCannon.wepn"));
+    }
+    void cleanup() { m_window.reset(); }
+
+    void selectApplyAddRemoveSave()
+    {
+        WepnEditor_Main &w = *m_window;
+        QVERIFY(!w.cmdApply->isEnabled());
+        click(w.cmdApply); // nothing selected yet: no change
+
+        select(w.lstWeaponResults, 1);
+        QVERIFY(w.cmdApply->isEnabled());
+        QCOMPARE(w.lstWeaponResults->toolTip(), QStringLiteral("Miss - SpawnWeaponFire - 0 - 0 - Sparks"));
+        QCOMPARE(w.cboCondition->currentText(), QStringLiteral("Miss"));
+        QCOMPARE(w.txtSpawnedWeaponEffect->text(), QStringLiteral("Sparks"));
+        QVERIFY(w.txtSpawnedWeaponEffect->isEnabled() && !w.txtMinEffect->isEnabled());
+
+        select(w.lstWeaponResults, 0);
+        QCOMPARE(w.cboEffect->currentText(), QStringLiteral("DamageHealth"));
+        QCOMPARE(w.txtMaxEffect->text(), QStringLiteral("48"));
+        QVERIFY(w.txtSpawnedWeaponEffect->text().isEmpty() && !w.txtSpawnedWeaponEffect->isEnabled());
+        retype(w.txtMinEffect, QStringLiteral("12.5"));
+        QCOMPARE(w.txtMinEffect->text(), QStringLiteral("125")); // the point never arrives
+        click(w.cmdApply);
+
+        choose(w.cboEffect, "SpawnWeaponFire");
+        QCOMPARE(w.txtMinEffect->text(), QStringLiteral("0"));
+        QTest::keyClicks(w.txtSpawnedWeaponEffect, QStringLiteral("Flak_Burst"));
+        click(w.cmdAdd);
+        choose(w.cboEffect, "Push");
+        QVERIFY(!w.txtSpawnedWeaponEffect->isEnabled());
+        QCOMPARE(w.txtSpawnedWeaponEffect->text(), QStringLiteral("Flak_Burst"));
+        retype(w.txtMaxEffect, QString()); // Add makes it "0"
+        click(w.cmdAdd);
+        QCOMPARE(w.txtMaxEffect->text(), QStringLiteral("0"));
+        QCOMPARE(rows(w.lstWeaponResults),
+                 QStringList({QStringLiteral("Hit - DamageHealth - 125 - 48 - "),
+                              QStringLiteral("Miss - SpawnWeaponFire - 0 - 0 - Sparks"),
+                              QStringLiteral("Hit - SpawnWeaponFire - 0 - 0 - Flak_Burst"),
+                              QStringLiteral("Hit - Push - 0 - 0 - ")}));
+        QCOMPARE(WepnEditor_Main::selectedEntry(w.lstWeaponResults), std::optional<std::size_t>(0));
+
+        select(w.lstWeaponResults, 1);
+        click(w.cmdRemove);
+        QCOMPARE(WepnEditor_Main::selectedEntry(w.lstWeaponResults), std::nullopt);
+        click(w.cmdApply); // nothing selected again: no change
+        select(w.lstWeaponResults, 2); // the last Add
+        QCOMPARE(w.cboEffect->currentText(), QStringLiteral("Push"));
+
+        const EditorDocument saved = saveAndRead();
+        QCOMPARE(saved.lstWeaponResults, w.document.lstWeaponResults);
+        QCOMPARE(saved.WeaponResults, w.document.WeaponResults);
+        QCOMPARE(saved.WeaponResults.size(), std::size_t(3));
+    }
+
+    void removeTheLastThenAdd()
+    {
+        open(QStringLiteral("IonBeam/IonBeam.wepn"));
+        WepnEditor_Main &w = *m_window;
+        select(w.lstWeaponResults, 0);
+        click(w.cmdRemove);
+        QVERIFY(w.document.hasNoResults());
+        click(w.cmdRemove); // empty list: nothing
+        choose(w.cboCondition, "Miss");
+        retype(w.txtMinEffect, QStringLiteral("7"));
+        click(w.cmdAdd);
+        select(w.lstWeaponResults, 0);
+        QCOMPARE(w.txtMinEffect->text(), QStringLiteral("7"));
+        const EditorDocument saved = saveAndRead();
+        QCOMPARE(saved.lstWeaponResults, std::vector<std::string>{"Miss - DamageHealth - 7 - 320 - "});
+    }
+
+    void unknownConditionAndEffect()
+    {
+        open(QStringLiteral("Odd.wepn"));
+        WepnEditor_Main &w = *m_window;
+        choose(w.cboCondition, "Miss");
+        select(w.lstWeaponResults, 0);
+        QCOMPARE(m_dialogs->messages,
+                 QList<ScriptedDialogs::Message>({{Messages::unknownCondition(QStringLiteral("hit")), {}},
+                                                  {Messages::unknownEffect(QStringLiteral("Explode")), {}}}));
+        QCOMPARE(w.cboCondition->currentText(), QStringLiteral("Miss"));
+        QCOMPARE(w.cboEffect->currentText(), QStringLiteral("DamageHealth"));
+        QCOMPARE(w.txtMaxEffect->text(), QStringLiteral("4"));
+        click(w.cmdApply); // stores what the drop-downs show
+        QCOMPARE(w.lstWeaponResults->item(0)->text(), QStringLiteral("Miss - DamageHealth - 3 - 4 - "));
+
+        // The effect rule runs although SpawnWeaponFire is chosen already; every byte comes through.
+        choose(w.cboEffect, "SpawnWeaponFire");
+        select(w.lstWeaponResults, 1);
+        QCOMPARE(w.txtMinEffect->text(), QStringLiteral("0"));
+        QCOMPARE(w.txtSpawnedWeaponEffect->text(), QString::fromLatin1("Sp\xe4rks"));
+        click(w.cmdApply);
+
+        // "a - b" cannot be read back from its entry: the Remove is refused.
+        const std::vector<std::string> before = w.document.lstWeaponResults;
+        select(w.lstWeaponResults, 0);
+        click(w.cmdRemove);
+        QCOMPARE(m_dialogs->messages.size(), 3);
+        QVERIFY(m_dialogs->messages.last().text.contains(QStringLiteral("'Hit - SpawnWeaponFire - 0 - 0 - a - b'")));
+        QCOMPARE(w.document.lstWeaponResults, before);
+        QCOMPARE(rows(w.lstWeaponResults).size(), 3);
+
+        const EditorDocument saved = saveAndRead();
+        QCOMPARE(saved.lstWeaponResults, before);
+        QCOMPARE(saved.WeaponResults[1].sSpawnedWeaponEffect, std::string("Sp\xe4rks"));
+    }
+
+    void pastedTextThatIsNoNumber_data()
+    {
+        QTest::addColumn<QString>("field");
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("add, minimum") << "txtMinEffect" << "cmdAdd" << notANumber("Minimum Effect", "4x");
+        QTest::newRow("apply, maximum") << "txtMaxEffect" << "cmdApply" << notANumber("Maximum Effect", "4x");
+        QTest::newRow("penetration") << "txtPenetration" << "cmdPenApply" << notANumber("Penetration Value", "4x");
+        QTest::newRow("accuracy") << "txtAccuracy" << "cmdAccApply" << notANumber("Accuracy Value", "4x");
+    }
+    void pastedTextThatIsNoNumber()
+    {
+        QFETCH(QString, field);
+        QFETCH(QString, button);
+        QFETCH(QString, message);
+        WepnEditor_Main &w = *m_window;
+        select(w.lstWeaponResults, 0);
+        select(w.lstArmorFamilies, 0);
+        select(w.lstAccuracy, 0);
+        const EditorDocument before = w.document;
+        auto *edit = w.findChild<QLineEdit *>(field);
+        retype(edit, QStringLiteral("4"));
+        QGuiApplication::clipboard()->setText(QStringLiteral("x"));
+        edit->paste();
+        QCOMPARE(edit->text(), QStringLiteral("4x"));
+        click(w.findChild<QPushButton *>(button));
+        QCOMPARE(m_dialogs->messages, QList<ScriptedDialogs::Message>({{message, {}}}));
+        QCOMPARE(WeaponScriptText(w.document), WeaponScriptText(before));
+        QCOMPARE(w.document.lstArmorFamilies, before.lstArmorFamilies);
+        QCOMPARE(w.document.lstAccuracy, before.lstAccuracy);
+        QCOMPARE(rows(w.lstWeaponResults).size(), 2);
+    }
+
+    void penetration()
+    {
+        WepnEditor_Main &w = *m_window;
+        click(w.cmdPenApply); // nothing selected: no change
+        click(w.cmdAccApply);
+        QCOMPARE(w.document.lstArmorFamilies[0], std::string("Unarmoured - 1.5"));
+        QCOMPARE(w.document.lstAccuracy[0], std::string("Fighter - 0.7 - 0"));
+
+        select(w.lstArmorFamilies, 3);
+        QCOMPARE(w.txtPenetration->text(), QStringLiteral("0.35"));
+        retype(w.txtPenetration, QStringLiteral("-010"));
+        click(w.cmdPenApply);
+        QCOMPARE(w.lstArmorFamilies->item(3)->text(), QStringLiteral("HeavyArmour - 010"));
+        QCOMPARE(w.document.FamilyPenetrations[3].fPenetration, 10.0);
+        retype(w.txtPenetration, QString());
+        click(w.cmdPenApply);
+        QCOMPARE(m_dialogs->messages, QList<ScriptedDialogs::Message>({{notANumber("Penetration Value", ""), {}}}));
+        QCOMPARE(w.document.lstArmorFamilies[3], std::string("HeavyArmour - 010"));
+
+        const EditorDocument saved = saveAndRead();
+        QCOMPARE(saved.FamilyPenetrations, w.document.FamilyPenetrations);
+        QCOMPARE(saved.lstArmorFamilies[3], std::string("HeavyArmour - 10"));
+    }
+
+    void accuracy_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<bool>("tick");
+        QTest::addColumn<QString>("entry"); // empty: refused
+        QTest::addColumn<double>("value");
+        QTest::newRow("1") << "1" << false << "Fighter - 1 - 0" << 1.0;
+        QTest::newRow("0 always damaging") << "0" << true << "Fighter - 0 - 1" << 0.0;
+        QTest::newRow(".5 as typed") << ".5" << true << "Fighter - .5 - 1" << 0.5;
+        QTest::newRow("1.5") << "1.5" << true << "" << 0.7;
+        QTest::newRow("-0.25") << "-0.25" << false << "" << 0.7;
+    }
+    void accuracy()
+    {
+        QFETCH(QString, typed);
+        QFETCH(bool, tick);
+        QFETCH(QString, entry);
+        QFETCH(double, value);
+        WepnEditor_Main &w = *m_window;
+        select(w.lstAccuracy, 1);
+        QVERIFY(w.chkAlwaysDMG->isChecked()); // "Corvette - 0.8 - 1"
+        select(w.lstAccuracy, 0);
+        QCOMPARE(w.txtAccuracy->text(), QStringLiteral("0.7"));
+        QVERIFY(!w.chkAlwaysDMG->isChecked());
+        retype(w.txtAccuracy, typed);
+        if (tick)
+            QTest::mouseClick(w.chkAlwaysDMG, Qt::LeftButton);
+        click(w.cmdAccApply);
+        if (entry.isEmpty()) {
+            QCOMPARE(m_dialogs->messages, QList<ScriptedDialogs::Message>({{Messages::accuracyOutOfRange(), {}}}));
+            QCOMPARE(w.txtAccuracy->text(), QStringLiteral("1"));
+            QCOMPARE(w.chkAlwaysDMG->isChecked(), tick);
+            entry = QStringLiteral("Fighter - 0.7 - 0");
+        }
+        QCOMPARE(w.lstAccuracy->item(0)->text(), entry);
+        const EditorDocument saved = saveAndRead();
+        QCOMPARE(saved.FamilyAccuracies[0].fAccuracy, value);
+        QCOMPARE(saved.FamilyAccuracies[0].iAlwaysDamage, std::int16_t(entry.endsWith(QLatin1Char('1'))));
+    }
+
+    void digitFilter_data()
+    {
+        QTest::addColumn<QString>("field");
+        QTest::addColumn<QString>("keys");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("sign, blank, letter") << "txtMaxEffect" << "-3 a" << "3";
+        QTest::newRow("minus only") << "txtPenetration" << "-" << "";
+        QTest::newRow("backspace") << "txtPenetration" << "12\b" << "1";
+        QTest::newRow("no filter") << "txtAccuracy" << "-1.5" << "-1.5";
+    }
+    void digitFilter()
+    {
+        QFETCH(QString, field);
+        QFETCH(QString, keys);
+        QFETCH(QString, text);
+        auto *edit = m_window->findChild<QLineEdit *>(field);
+        retype(edit, keys);
+        QCOMPARE(edit->text(), text);
+        // Text the program put there can still be shortened with backspace.
+        edit->setText(QStringLiteral("0.35"));
+        QTest::keyClick(edit, Qt::Key_Backspace);
+        QCOMPARE(edit->text(), QStringLiteral("0.3"));
+    }
+
+    void burstShots_data()
+    {
+        QTest::addColumn<QString>("delayKeys"); // typed after "0.3" in Fire Delay
+        QTest::addColumn<QString>("lengthKeys"); // typed after "2" in Burst Length
+        QTest::addColumn<QString>("shots");
+        QTest::newRow("2 / 0.3") << "" << "" << "6.66666666666667";
+        QTest::newRow("delay 0") << "\b\b\b0" << "" << "6.66666666666667";
+        QTest::newRow("delay 0.3x") << "x" << "" << "6.66666666666667";
+        QTest::newRow("length emptied") << "" << "\b" << "6.66666666666667";
+        QTest::newRow("3 / 0.5") << "\b5" << "\b3" << "6";
+        QTest::newRow("overflow") << "\b\b\b1e-300" << "\b1e300" << "1E+303"; // from 1e3 / 1e-300
+    }
+    void burstShots()
+    {
+        QFETCH(QString, delayKeys);
+        QFETCH(QString, lengthKeys);
+        QFETCH(QString, shots);
+        WepnEditor_Main &w = *m_window;
+        retype(w.Value[9], QStringLiteral("0.3"));
+        retype(w.Value[10], QStringLiteral("2"));
+        QTest::keyClicks(w.Value[9], delayKeys);
+        QTest::keyClicks(w.Value[10], lengthKeys);
+        retype(w.Value[12], QStringLiteral("7")); // Burst Delay plays no part
+        QCOMPARE(w.Value[11]->text(), shots);
+    }
+};
+
+QTEST_MAIN(TestEditors)
+#include "test_Editors.moc"
