@@ -1,0 +1,254 @@
+// SPDX-License-Identifier: MIT
+// vantorel-cli: normalises and checks weapon scripts the way the editor opens and saves them.
+#include "AppInfo.h"
+#include "AtomicFile.h"
+#include "BatchSave.h"
+#include "CommandLine.h"
+#include "CustomFSO.h"
+#include "DataDirectorySetting.h"
+#include "EditorDocument.h"
+#include "FamilyList.h"
+#include "GamePaths.h"
+#include "Parallel.h"
+#include "ScriptCheck.h"
+#include "ScriptReader.h"
+#include "ScriptWriter.h"
+#include "TextPieces.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace {
+
+constexpr int kExitFailure = 1;
+constexpr int kExitUsage = 2;
+
+void printLine(std::FILE *stream, const std::string &text)
+{
+    std::fwrite(text.data(), 1, text.size(), stream);
+    std::fputc('\n', stream);
+}
+
+void failure(const std::string &message)
+{
+    std::fflush(stdout);
+    printLine(stderr, message);
+}
+
+std::string location(const std::string &file, int line)
+{
+    return file + ':' + std::to_string(line) + ": ";
+}
+
+// Folders are replaced by the .wepn files below them, in any letter case, sorted by path.
+bool expandFolders(const std::vector<std::string> &arguments, std::vector<std::string> &scripts)
+{
+    bool ok = true;
+    for (const std::string &argument : arguments) {
+        std::error_code error;
+        if (!std::filesystem::is_directory(argument, error)) {
+            scripts.push_back(argument);
+            continue;
+        }
+        std::vector<std::string> found;
+        std::filesystem::recursive_directory_iterator it(argument, error), end;
+        for (; !error && it != end; it.increment(error)) {
+            std::error_code typeError;
+            if (it->is_regular_file(typeError)
+                && TextPieces::toLower(it->path().extension().string()) == ".wepn")
+                found.push_back(it->path().string());
+        }
+        if (error) {
+            failure(argument + ": cannot list the folder: " + error.message());
+            ok = false;
+        }
+        std::sort(found.begin(), found.end());
+        scripts.insert(scripts.end(), found.begin(), found.end());
+    }
+    return ok;
+}
+
+std::string dataDirectory(const CommandLine &commandLine)
+{
+    if (commandLine.dataDir)
+        return *commandLine.dataDir;
+    const auto settings = DataDirectorySetting::userSettings();
+    return QFile::encodeName(DataDirectorySetting::load(*settings)).toStdString();
+}
+
+// The same checks and the same reading as the editor's Open before it asks for a script.
+bool loadFamilies(const std::string &dataDir, FamilyList &families)
+{
+    const GamePaths::Paths paths = GamePaths::derive(dataDir);
+    const CustomFSO fso;
+    if (!fso.FolderExists(paths.strWFDir)) {
+        failure("vantorel-cli: The folder '" + paths.strWFDir + "' does not exist.");
+        return false;
+    }
+    if (!fso.FileExists(paths.strFLFile)) {
+        failure("vantorel-cli: The file '" + paths.strFLFile + "' does not exist.");
+        return false;
+    }
+    families = ReadFamilyListFile(paths.strFLFile);
+    if (!families.ok()) {
+        failure("vantorel-cli: " + families.error);
+        return false;
+    }
+    return true;
+}
+
+// Open then Save As without a change, in a fresh document as after the editor's start. Gives
+// the reason, in the FILE:LINE: form, when the script cannot be read or opened.
+std::optional<std::string> normalise(const std::string &path, const FamilyList &families, std::string &bytes,
+                                     std::string &text)
+{
+    if (const auto error = AtomicFile::read(path, bytes))
+        return location(path, 0) + "error: " + *error;
+    EditorDocument document;
+    document.setFamilies(families.armourFamilies, families.attackFamilies);
+    const ReadResult result = OpenWeaponScript(document, bytes);
+    if (!result.completed())
+        return location(path, result.line) + "error: " + ReadFailureText(result);
+    text = WeaponScriptText(document);
+    return std::nullopt;
+}
+
+int normaliseToOutput(const std::string &path, const FamilyList &families)
+{
+    std::string bytes, text;
+    if (const auto error = normalise(path, families, bytes, text)) {
+        failure(*error);
+        return kExitFailure;
+    }
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
+        failure("vantorel-cli: cannot write the standard output");
+        return kExitFailure;
+    }
+    return 0;
+}
+
+// Scripts are read, normalised and staged on several threads, a batch at a time, and each batch
+// is committed with one sync: the time goes into waiting on the disk, not into the work.
+int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &families)
+{
+    constexpr std::size_t kBatch = 1024;
+    constexpr unsigned kThreads = 8;
+    int status = 0;
+    for (std::size_t first = 0; first < scripts.size(); first += kBatch) {
+        const std::size_t count = std::min(kBatch, scripts.size() - first);
+        std::vector<std::optional<std::string>> errors(count);
+        std::vector<BatchSave::Staged> staged(count);
+        Parallel::forEach(count, kThreads, [&](std::size_t i) {
+            std::string bytes, text;
+            const std::string &path = scripts[first + i];
+            errors[i] = normalise(path, families, bytes, text);
+            // A script already in normalised form keeps its file and its modification time.
+            if (!errors[i] && text != bytes) {
+                if (const auto error = BatchSave::stage(path, text, staged[i]))
+                    errors[i] = location(path, 0) + "error: " + *error;
+            }
+        });
+
+        std::vector<BatchSave::Staged> batch;
+        std::vector<std::size_t> batchIndex;
+        for (std::size_t i = 0; i < count; ++i) {
+            if (!staged[i].path.empty() && !staged[i].temporary.empty()) {
+                batch.push_back(std::move(staged[i]));
+                batchIndex.push_back(i);
+            }
+        }
+        const auto saveErrors = BatchSave::commit(batch, kThreads);
+        for (std::size_t k = 0; k < batch.size(); ++k)
+            if (saveErrors[k])
+                errors[batchIndex[k]] = location(batch[k].path, 0) + "error: " + *saveErrors[k];
+
+        for (const auto &error : errors) {
+            if (error) {
+                failure(*error);
+                status = kExitFailure;
+            }
+        }
+    }
+    return status;
+}
+
+int check(const std::vector<std::string> &scripts, const FamilyList &families)
+{
+    int status = 0;
+    std::string bytes, report;
+    for (const std::string &path : scripts) {
+        if (const auto error = AtomicFile::read(path, bytes)) {
+            failure(location(path, 0) + "error: " + *error);
+            status = kExitFailure;
+            continue;
+        }
+        bool readable = true;
+        report.clear();
+        for (const Finding &finding : CheckWeaponScript(bytes, families)) {
+            readable = readable && !finding.error;
+            report += location(path, finding.line) + (finding.error ? "error: " : "warning: ") + finding.message + '\n';
+        }
+        std::fwrite(report.data(), 1, report.size(), stdout);
+        if (!readable) {
+            failure("vantorel-cli: " + path + ": the editor cannot open this script");
+            status = kExitFailure;
+        }
+    }
+    if (std::fflush(stdout) != 0) {
+        failure("vantorel-cli: cannot write the standard output");
+        status = kExitFailure;
+    }
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const CommandLine commandLine = ParseCommandLine(std::vector<std::string>(argv + 1, argv + argc));
+    if (!commandLine.usageError.empty()) {
+        failure("vantorel-cli: " + commandLine.usageError + " (see vantorel-cli --help)");
+        return kExitUsage;
+    }
+    switch (commandLine.command) {
+    case CommandLine::Command::Help:
+        std::fputs(kUsage, stdout);
+        return 0;
+    case CommandLine::Command::Version:
+        printLine(stdout, "vantorel-cli " + std::to_string(AppInfo::kMajor) + '.' + std::to_string(AppInfo::kMinor)
+                              + '.' + std::to_string(AppInfo::kRevision));
+        return 0;
+    case CommandLine::Command::Normalize:
+    case CommandLine::Command::Check:
+        break;
+    }
+
+    std::vector<std::string> scripts;
+    const bool listed = expandFolders(commandLine.files, scripts);
+    const bool toOutput = commandLine.command == CommandLine::Command::Normalize && !commandLine.inPlace;
+    if (toOutput && scripts.size() != 1) {
+        failure("vantorel-cli: normalize without --in-place writes one script to standard output, but the FILEs name "
+                + std::to_string(scripts.size()) + " (see vantorel-cli --help)");
+        return kExitUsage;
+    }
+
+    FamilyList families;
+    if (!loadFamilies(dataDirectory(commandLine), families))
+        return kExitFailure;
+
+    int status = 0;
+    if (toOutput)
+        status = normaliseToOutput(scripts.front(), families);
+    else if (commandLine.inPlace)
+        status = normaliseInPlace(scripts, families);
+    else
+        status = check(scripts, families);
+    return listed ? status : kExitFailure;
+}

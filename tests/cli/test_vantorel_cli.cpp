@@ -1,0 +1,326 @@
+// SPDX-License-Identifier: MIT
+#include "FamilyList.h"
+#include "ScriptReader.h"
+#include "ScriptWriter.h"
+#include "TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <vector>
+
+namespace {
+
+const std::string kFixtures = VANTOREL_SOURCE_DIR "/tests/cli/data";
+
+std::string readFile(const std::string &path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream bytes;
+    bytes << in.rdbuf();
+    return bytes.str();
+}
+
+std::string shellQuoted(const std::string &text)
+{
+    std::string quoted = "'";
+    for (char c : text)
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+
+struct Outcome
+{
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+// A data directory with the fixture family list and a weapon-fire folder, and a settings folder
+// of its own so that the user's real settings are never read or written.
+class CliTest : public testing::Test
+{
+protected:
+    CliTest()
+    {
+        dir.write("Data/Scripts/familylist.lua", readFile(kFixtures + "/familylist.lua"));
+        std::filesystem::create_directories(dir.path() + "/Data/Scripts/Weaponfire/FX_Shot");
+        dataDir = dir.path() + "/Data";
+    }
+
+    // Runs the program; `prefix` is shell text put before it (environment, ulimit).
+    Outcome run(const std::vector<std::string> &arguments, const std::string &prefix = {}) const
+    {
+        std::string command = prefix;
+        command += " XDG_CONFIG_HOME=";
+        command += shellQuoted(dir.path() + "/config");
+        command += ' ';
+        command += shellQuoted(VANTOREL_CLI);
+        for (const std::string &argument : arguments) {
+            command += ' ';
+            command += shellQuoted(argument);
+        }
+        command += " >";
+        command += shellQuoted(dir.path() + "/out");
+        command += " 2>";
+        command += shellQuoted(dir.path() + "/err");
+        const int status = std::system(command.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(dir.path() + "/out"),
+                readFile(dir.path() + "/err")};
+    }
+
+    Outcome check(const std::string &file) const { return run({"check", "--data-dir", dataDir, file}); }
+
+    // What the editor's Open and Save As write for the script: the shared library pipeline.
+    std::string editorSaves(const std::string &bytes) const
+    {
+        const FamilyList families = ReadFamilyListFile(dataDir + "/Scripts/familylist.lua");
+        EXPECT_TRUE(families.ok()) << families.error;
+        EditorDocument document;
+        document.setFamilies(families.armourFamilies, families.attackFamilies);
+        EXPECT_TRUE(OpenWeaponScript(document, bytes).completed());
+        return WeaponScriptText(document);
+    }
+
+    TempDir dir;
+    std::string dataDir;
+};
+
+// A script in exactly the form a save writes, for the fixture family list.
+const std::string kNormalised =
+    "StartWeaponConfig(NewWeaponType,\"Gimble\",\"Bullet\",\"FX_Shot\",\"Normal\",3,1700,0,0,0,0,0,1,1,0.5,0,0,0,0,"
+    "80,80,0.1,\"\",0,0,0)\r\n\r\n"
+    "AddWeaponResult(NewWeaponType,\"Hit\",\"DamageHealth\",\"Target\",40,45,\"\")\r\n\r\n"
+    "setAngles(NewWeaponType,10,-90,90,-5,60)\r\n\r\n"
+    "setPenetration(NewWeaponType,5,1,\r\n{Unarmoured=1,},\r\n{LightArmour=0.5,},\r\n{HeavyArmour=0.4,})\r\n\r\n"
+    "setAccuracy(NewWeaponType,1,\r\n{Fighter=1,},\r\n{Frigate=0.5,},\r\n{Capital=0.2, damage=1,})\r\n";
+
+// The same with one line replaced (1-based), or with lines inserted before it when `insert`.
+std::string edited(std::size_t line, const std::string &text, bool insert = false)
+{
+    std::string script = kNormalised;
+    std::size_t start = 0;
+    for (std::size_t i = 1; i < line; ++i)
+        start = script.find("\r\n", start) + 2;
+    const std::size_t end = insert ? start : script.find("\r\n", start);
+    return script.replace(start, end - start, text);
+}
+
+TEST_F(CliTest, NormalizeWritesWhatTheEditorSaves)
+{
+    // The editor window's Open then Save As of tests/cli/data/Mixed.wepn, with this family list,
+    // must give tests/cli/data/Mixed.normalized.wepn too.
+    const std::string input = readFile(kFixtures + "/Mixed.wepn");
+    const std::string expected = readFile(kFixtures + "/Mixed.normalized.wepn");
+    ASSERT_EQ(editorSaves(input), expected);
+
+    const std::string script = dir.write("Weapon/Mixed.wepn", input);
+    const Outcome once = run({"normalize", "--data-dir", dataDir, script});
+    EXPECT_EQ(once.status, 0) << once.err;
+    EXPECT_EQ(once.out, expected);
+
+    const std::string normalised = dir.write("Weapon/Normalised.wepn", once.out);
+    const Outcome twice = run({"normalize", "--data-dir=" + dataDir, normalised});
+    EXPECT_EQ(twice.out, expected);
+
+    const Outcome inPlace = run({"normalize", "--in-place", "--data-dir", dataDir, script});
+    EXPECT_EQ(inPlace.status, 0) << inPlace.err;
+    EXPECT_EQ(inPlace.out, "");
+    EXPECT_EQ(readFile(script), expected);
+}
+
+TEST_F(CliTest, FolderArgumentTakesEveryWepnBelowItSortedByPath)
+{
+    const std::string untouched = "not a script";
+    dir.write("Mods/b.wepn", kNormalised);
+    dir.write("Mods/A/z.WEPN", "-- first\r\n" + kNormalised);
+    dir.write("Mods/notes.txt", untouched);
+    dir.write("Mods/c.Wepn", "-- third\r\n" + kNormalised);
+
+    const Outcome checked = check(dir.path() + "/Mods");
+    EXPECT_EQ(checked.status, 0) << checked.err;
+    EXPECT_EQ(checked.out, dir.path() + "/Mods/A/z.WEPN:1: warning: comment: a save drops it\n" + dir.path()
+                               + "/Mods/c.Wepn:1: warning: comment: a save drops it\n");
+
+    const Outcome normalised = run({"normalize", "--in-place", "--data-dir", dataDir, dir.path() + "/Mods"});
+    EXPECT_EQ(normalised.status, 0) << normalised.err;
+    EXPECT_EQ(readFile(dir.path() + "/Mods/A/z.WEPN"), kNormalised);
+    EXPECT_EQ(readFile(dir.path() + "/Mods/c.Wepn"), kNormalised);
+    EXPECT_EQ(readFile(dir.path() + "/Mods/notes.txt"), untouched);
+    // Only the scripts are left: no temporary files.
+    EXPECT_EQ(std::distance(std::filesystem::recursive_directory_iterator(dir.path() + "/Mods"), {}), 5);
+}
+
+struct FindingCase
+{
+    const char *name;
+    std::string script;
+    std::string finding; // expected as "LINE: kind: start of the message"
+};
+
+void PrintTo(const FindingCase &c, std::ostream *os)
+{
+    *os << c.name;
+}
+
+class CheckFindings : public CliTest, public testing::WithParamInterface<FindingCase>
+{};
+
+TEST_F(CliTest, NormalisedScriptHasNoFinding)
+{
+    const std::string script = dir.write("ok.wepn", kNormalised);
+    EXPECT_EQ(editorSaves(kNormalised), kNormalised);
+    const Outcome checked = check(script);
+    EXPECT_EQ(checked.status, 0);
+    EXPECT_EQ(checked.out + checked.err, "");
+}
+
+TEST_P(CheckFindings, ReportsTheFinding)
+{
+    const FindingCase &c = GetParam();
+    const std::string script = dir.write("x.wepn", c.script);
+    const Outcome checked = check(script);
+    const std::string expected = script + ":" + c.finding;
+    EXPECT_NE(checked.out.find(expected), std::string::npos) << "expected " << expected << "\nin\n" << checked.out;
+    const bool error = c.finding.find(": error: ") != std::string::npos;
+    EXPECT_EQ(checked.status, error ? 1 : 0) << checked.err;
+    EXPECT_EQ(checked.err.empty(), !error) << checked.err;
+}
+
+const std::string kAccuracyTable = "setAccuracy(NewWeaponType,1,\r\n{Fighter=1,},\r\n{Frigate=0.5,},\r\n"
+                                   "{Capital=0.2, damage=1,})\r\n";
+
+INSTANTIATE_TEST_SUITE_P(
+    , CheckFindings,
+    testing::Values(
+        FindingCase{"Comment", edited(1, "-- tuned for the patch\r\n", true), "1: warning: comment: a save drops it"},
+        FindingCase{"BlankLinesOfAnotherLayout", edited(3, "\r\n", true), "3: warning: blank line: a save drops it"},
+        FindingCase{"UnknownFamily", edited(9, "{Shields=0.5,},"),
+                    "9: warning: family 'Shields' of setPenetration is not in the family list"},
+        FindingCase{"FamilyGivenTwice", edited(9, "{unarmoured=0.5,},"),
+                    "9: warning: family 'unarmoured' is given again (first on line 8)"},
+        FindingCase{"UnknownFireType", edited(1, "StartWeaponConfig(NewWeaponType,\"Gimble\",\"Laser\",\"FX\",\"Normal\","
+                                                 "3,1,0,0,0,0,0,1,1,0.5,0,0,0,0,80,80,0.1,\"\",0,0,0)"),
+                    "1: warning: fire type 'Laser' is not one the editor recognises"},
+        FindingCase{"ConditionNotOffered",
+                    edited(3, "AddWeaponResult(NewWeaponType,\"hit\",\"DamageHealth\",\"Target\",40,45,\"\")"),
+                    "3: warning: condition 'hit' is not one the editor offers"},
+        FindingCase{"EffectNotOffered",
+                    edited(3, "AddWeaponResult(NewWeaponType,\"Hit\",\"Burn\",\"Target\",40,45,\"\")"),
+                    "3: warning: effect 'Burn' is not one the editor offers"},
+        FindingCase{"TextValueWithComma",
+                    edited(3, "AddWeaponResult(NewWeaponType,\"Miss\",\"SpawnWeaponFire\",\"Target\",0,0,\"FX,2\")"),
+                    "3: warning: text value \"FX,2\" holds a comma"},
+        FindingCase{"TextValueWithDoubleQuote",
+                    edited(3, "AddWeaponResult(NewWeaponType,\"Miss\",\"SpawnWeaponFire\",\"Target\",0,0,\"FX\"2\")"),
+                    "3: warning: a text value holds a double quote"},
+        FindingCase{"TableOnTheStatementsLine", edited(7, "setPenetration(NewWeaponType,5,1,{Unarmoured=1,})"),
+                    "7: warning: setPenetration has its table on its own line"},
+        FindingCase{"StatementTakenAsTableLine",
+                    kNormalised.substr(0, kNormalised.find("\r\n") + 2)
+                        + "setPenetration(NewWeaponType,5,1,{Unarmoured=1,})\r\nsetAccuracy(NewWeaponType,1,\r\n"
+                          "{Fighter=1,},\r\n{Frigate=0.5,})\r\n",
+                    "3: warning: setAccuracy here is taken as a table line of the setPenetration on line 2"},
+        FindingCase{"SecondPenetration", kNormalised + "setPenetration(NewWeaponType,5,1,\r\n{Unarmoured=2,})\r\n",
+                    "16: warning: a second setPenetration (the first is on line 7) is not read"},
+        FindingCase{"SecondAccuracy", kNormalised + kAccuracyTable,
+                    "16: warning: a second setAccuracy (the first is on line 12) is not read"},
+        FindingCase{"SecondStartWeaponConfig", edited(3, "StartWeaponConfig(NewWeaponType,"
+                                                         "\"Fixed\",\"Bullet\",\"FX\",\"Normal\",3,1,0,0,0,0,0,1,1,"
+                                                         "0.5,0,0,0,0,80,80,0.1,\"\",0,0,0)\r\n", true),
+                    "3: warning: StartWeaponConfig again (first on line 1)"},
+        FindingCase{"SecondAngles", edited(5, "setAngles(NewWeaponType,1,2,3,4,5)\r\n", true),
+                    "6: warning: setAngles again (first on line 5)"},
+        FindingCase{"SecondMiscValues",
+                    edited(5, "setMiscValues(NewWeaponType,1,2)\r\nsetMiscValues(NewWeaponType,3,4)\r\n", true),
+                    "6: warning: setMiscValues again (first on line 5)"},
+        FindingCase{"ReadError", edited(5, "setAngles(NewWeaponType,10,-90)"), "5: error: "},
+        FindingCase{"AbandonedStartWeaponConfig", edited(1, "StartWeaponConfig(NewWeaponType,\"Gimble\",\"Bullet\")"),
+                    "1: error: "},
+        FindingCase{"EmptyFile", "", "0: error: "}),
+    [](const testing::TestParamInfo<FindingCase> &info) { return std::string(info.param.name); });
+
+TEST_F(CliTest, ExitStatusAndMessages)
+{
+    const std::string a = dir.write("a.wepn", kNormalised);
+    const std::string b = dir.write("b.wepn", kNormalised);
+    struct Row
+    {
+        std::vector<std::string> arguments;
+        int status;
+        std::string err; // start of standard error
+    };
+    const std::vector<Row> rows = {
+        {{"--version"}, 0, ""},
+        {{"--help"}, 0, ""},
+        {{}, 2, "vantorel-cli: no command given"},
+        {{"fix", a}, 2, "vantorel-cli: unknown command 'fix'"},
+        {{"check", "--in-place", a}, 2, "vantorel-cli: unknown option '--in-place' for check"},
+        {{"check", "--data-dir"}, 2, "vantorel-cli: --data-dir needs a directory"},
+        {{"normalize", "--data-dir", dataDir}, 2, "vantorel-cli: normalize needs at least one FILE"},
+        {{"normalize", "--data-dir", dataDir, a, b}, 2, "vantorel-cli: normalize without --in-place writes one"},
+        {{"normalize", "--data-dir", dataDir, dir.path()}, 2, "vantorel-cli: normalize without --in-place writes one"},
+        {{"normalize", "--data-dir", dataDir, dir.path() + "/missing.wepn"}, 1, dir.path() + "/missing.wepn:0: error: "},
+        {{"check", "--data-dir", dataDir, a, dir.path() + "/missing.wepn", b}, 1, dir.path() + "/missing.wepn:0: error"},
+        {{"check", "--data-dir", dir.path() + "/nowhere", a}, 1, std::string("vantorel-cli: The folder '") + dir.path()
+                                                                     + "/nowhere/Scripts/Weaponfire' does not exist."},
+    };
+    for (const Row &row : rows) {
+        const Outcome result = run(row.arguments);
+        EXPECT_EQ(result.status, row.status) << testing::PrintToString(row.arguments) << result.err;
+        EXPECT_EQ(result.err.substr(0, row.err.size()), row.err) << testing::PrintToString(row.arguments);
+        if (!row.err.empty()) {
+            EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+        }
+    }
+    EXPECT_EQ(run({"--version"}).out, "vantorel-cli 1.4.3\n");
+}
+
+TEST_F(CliTest, BrokenFamilyListFailsEveryCommand)
+{
+    const std::string a = dir.write("a.wepn", kNormalised);
+    dir.write("Data/Scripts/familylist.lua", "armourFamily = {\r\n{ name = Alpha },\r\n");
+    const Outcome result = check(a);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "vantorel-cli: " + dataDir + "/Scripts/familylist.lua:2: the armour family line has no "
+                                                         "double quote around its name: { name = Alpha },\n");
+}
+
+TEST_F(CliTest, InPlaceFailureLeavesTheFileAsItWas)
+{
+    // A leftover line longer than the file size limit below, which holds for root too: writing
+    // the temporary file fails, while the short messages still reach standard error.
+    const std::string longLine = "print(\"" + std::string(8000, 'x') + "\")\r\n";
+    const std::string original = "-- keep me\r\n" + kNormalised + longLine;
+    const std::string script = dir.write("Weapon/a.wepn", original);
+    const std::string other = dir.write("Weapon/b.wepn", "-- me too\r\n" + kNormalised + longLine);
+    const Outcome result =
+        run({"normalize", "--in-place", "--data-dir", dataDir, script, other}, "trap '' XFSZ; ulimit -f 8;");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 2) << result.err;
+    EXPECT_EQ(result.err.rfind(script + ":0: error: Cannot save", 0), 0u) << result.err;
+    EXPECT_EQ(readFile(script), original);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path() + "/Weapon"), {}), 2);
+}
+
+TEST_F(CliTest, StoredSettingGivesTheDataDirectory)
+{
+    const std::string a = dir.write("a.wepn", "-- note\r\n" + kNormalised);
+    // Without a stored setting the default directory is used, which does not exist here.
+    const Outcome missing = run({"check", a});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_NE(missing.err.find("C:\\Program Files\\Quellbrook\\Korvath\\Data/Scripts/Weaponfire"), std::string::npos)
+        << missing.err;
+
+    dir.write("config/Tarnwick/Tarnwick.conf", "[Directories]\nDecompiled_Data=" + dataDir + "\n");
+    const Outcome stored = run({"check", a});
+    EXPECT_EQ(stored.status, 0) << stored.err;
+    EXPECT_EQ(stored.out, a + ":1: warning: comment: a save drops it\n");
+}
+
+} // namespace
