@@ -10,6 +10,7 @@
 #include "PathText.h"
 #include "ScriptReader.h"
 #include "ScriptWriter.h"
+#include "TextPieces.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -23,14 +24,6 @@
 #include <system_error>
 
 namespace {
-
-std::string lowerCase(std::string_view text)
-{
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return lower;
-}
 
 // Which of Value(3), Value(5), Value(6), Value(7), Value(16) and cboFireAxis apply to a fire type.
 struct FireTypeFields
@@ -121,7 +114,7 @@ void WepnEditor_Main::Open_Click()
         fraTurretProperties->setEnabled(true);
     Save->setEnabled(true);
 
-    const std::string fireType = lowerCase(document.Weapon.sWeaponFireType);
+    const std::string fireType = TextPieces::toLower(document.Weapon.sWeaponFireType);
     const auto known = std::find_if(std::begin(kFireTypes), std::end(kFireTypes),
                                     [&](const FireTypeFields &row) { return row.fireType == fireType; });
     FireTypeFields fields{};
@@ -147,7 +140,7 @@ void WepnEditor_Main::Open_Click()
     for (QGroupBox *frame : {fraBasicStats, fraWeaponResults, fraRotations, fraPenetration, fraAccuracy})
         frame->setEnabled(true);
 
-    const bool turret = lowerCase(document.Weapon.sWeaponType) == "animatedturret";
+    const bool turret = TextPieces::toLower(document.Weapon.sWeaponType) == "animatedturret";
     for (QLineEdit *rotation : {txtLeftRot, txtRightRot, txtUpRot, txtDownRot})
         rotation->setEnabled(turret);
 }
