@@ -52,15 +52,17 @@ public:
     {
         readTheScript(bytes);
         comments();
-        repeatedStatement("startweaponconfig", "StartWeaponConfig", "only the values of the last one are saved",
-                          &Checker::textValues, 10);
+        const std::vector<std::size_t> starts =
+            repeatedStatement("startweaponconfig", "StartWeaponConfig", "only the values of the last one are saved");
+        for (std::size_t index : starts)
+            textValues(index, 10);
         results();
-        repeatedStatement("setangles", "setAngles", "only the angles of the last one are saved", nullptr, 0);
-        repeatedStatement("setmiscvalues", "setMiscValues", "only the values of the last one are saved", nullptr, 0);
+        repeatedStatement("setangles", "setAngles", "only the angles of the last one are saved");
+        repeatedStatement("setmiscvalues", "setMiscValues", "only the values of the last one are saved");
         table("setpenetration", "setPenetration", "penetration", &FamilyList::armourFamilies);
         table("setaccuracy", "setAccuracy", "accuracy", &FamilyList::attackFamilies);
         repeatedTables();
-        fireType();
+        fireType(starts);
         blankLines();
         std::stable_sort(m_findings.begin(), m_findings.end(),
                          [](const Finding &a, const Finding &b) { return a.line < b.line; });
@@ -110,23 +112,18 @@ private:
         return taken;
     }
 
-    void repeatedStatement(std::string_view name, std::string_view shown, std::string_view consequence,
-                           void (Checker::*eachLine)(std::size_t, std::size_t), std::size_t quotes)
+    // Every line of the statement is read in turn, so the last one decides.
+    std::vector<std::size_t> repeatedStatement(std::string_view name, std::string_view shown,
+                                               std::string_view consequence)
     {
         const std::vector<std::size_t> lines = take(name);
         for (std::size_t k = 0; k < lines.size(); ++k) {
             m_blankFollows[lines[k]] = true;
-            if (eachLine)
-                (this->*eachLine)(lines[k], quotes);
             if (k > 0)
                 warn(lines[k], std::string(shown) + " again (first on " + lineRef(lines[0]) + "): "
                                    + std::string(consequence));
         }
-        if (name == "startweaponconfig") {
-            m_hasStartWeaponConfig = !lines.empty();
-            if (!lines.empty())
-                m_lastStartWeaponConfig = lines.back();
-        }
+        return lines;
     }
 
     // A text value holding a comma shifts the arguments after it; one holding a double quote is
@@ -242,17 +239,17 @@ private:
                             + " is not in the family list: a save drops its " + std::string(what) + " value");
     }
 
-    void fireType()
+    void fireType(const std::vector<std::size_t> &starts)
     {
         if (!m_read)
             return;
-        if (!m_hasStartWeaponConfig) {
+        if (starts.empty()) {
             m_findings.push_back({0, false, "no StartWeaponConfig statement: the editor does not recognise the "
                                             "empty fire type, and a save writes one with the values it holds"});
             return;
         }
         if (!oneOf(TextPieces::toLower(m_fireType), kFireTypes))
-            warn(m_lastStartWeaponConfig,
+            warn(starts.back(),
                  "fire type " + quoted(m_fireType)
                      + " is not one the editor recognises (instanthit, bullet, mine, missile, sphereburst)");
     }
@@ -279,8 +276,6 @@ private:
     std::vector<Finding> m_findings;
     bool m_read = false;
     std::vector<bool> m_blankFollows = std::vector<bool>(m_lines.size(), false);
-    bool m_hasStartWeaponConfig = false;
-    std::size_t m_lastStartWeaponConfig = 0;
     std::string m_fireType;
 };
 
