@@ -661,17 +661,18 @@ void WepnEditor_Main::Form_Load()
 
 void WepnEditor_Main::LoadDataDirectory()
 {
-    const GamePaths::Paths paths = GamePaths::derive(PathText::toBytes(DataDirectorySetting::load(m_settings)));
-    strDataDir = paths.strDataDir;
-    strWFDir = paths.strWFDir;
-    strWEPNDir = paths.strWEPNDir;
-    strFLFile = paths.strFLFile;
+    setDataDirectory(PathText::toBytes(DataDirectorySetting::load(m_settings)));
 }
 
 void WepnEditor_Main::StoreDataDirectory(const std::string &dataDir)
 {
     DataDirectorySetting::store(m_settings, PathText::toQString(dataDir));
     // The derived paths follow at once, so an Open right after the dialog uses the new folder.
+    setDataDirectory(dataDir);
+}
+
+void WepnEditor_Main::setDataDirectory(const std::string &dataDir)
+{
     const GamePaths::Paths paths = GamePaths::derive(dataDir);
     strDataDir = paths.strDataDir;
     strWFDir = paths.strWFDir;

@@ -174,6 +174,7 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void setDataDirectory(const std::string &dataDir);
     void buildForm();
     void buildMenus();
     void connectHandlers();
