@@ -425,35 +425,35 @@ void WepnEditor_Main::buildForm()
         tabOrder.push_back(field);
         return field;
     };
-    auto addList = [&](QGroupBox *frame, const List &spec) {
+    auto addList = [&](QGroupBox *frame, const List &entry) {
         auto *list = new QListWidget(frame);
-        list->setGeometry(twipRect(120, spec.top, 3735, spec.height));
+        list->setGeometry(twipRect(120, entry.top, 3735, entry.height));
         list->setFont(bold);
         list->setSelectionMode(QAbstractItemView::SingleSelection);
-        setColours(list, {{QPalette::Text, QColor::fromRgb(spec.textColour)}, {QPalette::Base, Qt::black}});
-        add(list, spec.name);
+        setColours(list, {{QPalette::Text, QColor::fromRgb(entry.textColour)}, {QPalette::Base, Qt::black}});
+        add(list, entry.name);
         tabOrder.push_back(list);
     };
 
-    for (const FrameSpec &spec : kFrames) {
-        auto *frame = new QGroupBox(text(spec.caption), client);
-        frame->setGeometry(twipRect(spec.left, spec.top, kFrameWidth, spec.height));
+    for (const FrameSpec &entry : kFrames) {
+        auto *frame = new QGroupBox(text(entry.caption), client);
+        frame->setGeometry(twipRect(entry.left, entry.top, kFrameWidth, entry.height));
         frame->setFont(bold);
         setColours(frame, {{QPalette::WindowText, kCaption}});
         frame->setEnabled(false);
-        add(frame, spec.name);
+        add(frame, entry.name);
 
-        if (!spec.heading.empty()) {
-            auto *heading = new QLabel(text(spec.heading), frame);
-            heading->setObjectName(text(spec.name.substr(3)).prepend(QStringLiteral("lbl")) + QStringLiteral("Heading"));
-            heading->setGeometry(twipRect(120, spec.headingTop, 3735, 255));
+        if (!entry.heading.empty()) {
+            auto *heading = new QLabel(text(entry.heading), frame);
+            heading->setObjectName(text(entry.name.substr(3)).prepend(QStringLiteral("lbl")) + QStringLiteral("Heading"));
+            heading->setGeometry(twipRect(120, entry.headingTop, 3735, 255));
             heading->setFont(plain);
             styleLabel(heading, Qt::white, Qt::black);
         }
-        if (spec.listBeforeRows)
-            addList(frame, *spec.listBeforeRows);
-        int top = spec.firstRowTop;
-        for (const Row &row : spec.rows) {
+        if (entry.listBeforeRows)
+            addList(frame, *entry.listBeforeRows);
+        int top = entry.firstRowTop;
+        for (const Row &row : entry.rows) {
             const bool combo = row.kind == Kind::PickList || row.kind == Kind::EditList;
             QLabel *label = addLabel(frame, row.label, row.tip, twipRect(120, top, 2055, 285), row.name);
             addField(frame, row, twipRect(2280, top, 1575, combo ? 315 : 285));
@@ -464,15 +464,15 @@ void WepnEditor_Main::buildForm()
             label->setEnabled(row.state != State::DisabledWithLabel);
             top += kRowPitch;
         }
-        if (spec.listAfterRows)
-            addList(frame, *spec.listAfterRows);
-        if (spec.valueRow) {
-            const ValueRow &row = *spec.valueRow;
+        if (entry.listAfterRows)
+            addList(frame, *entry.listAfterRows);
+        if (entry.valueRow) {
+            const ValueRow &row = *entry.valueRow;
             QLabel *label = addLabel(frame, "Value:", row.tip, twipRect(120, row.top, 1095, 285), row.name);
             styleLabel(label, Qt::white, Qt::black);
             addField(frame, Row{"Value:", row.tip, row.name, Kind::Text, "0"}, twipRect(1320, row.top, 1215, 285));
         }
-        if (spec.checkBox) {
+        if (entry.checkBox) {
             auto *check = new QCheckBox(QStringLiteral("Always Causes Damage"), frame);
             check->setGeometry(twipRect(120, 3840, 2175, 255));
             check->setFont(plain);
@@ -482,15 +482,15 @@ void WepnEditor_Main::buildForm()
             add(check, "chkAlwaysDMG");
             tabOrder.push_back(check);
         }
-        for (const Button &spec : spec.buttons) {
-            auto *button = new QPushButton(text(spec.caption), frame);
-            button->setGeometry(twipRect(spec.left, spec.top, spec.width, 495));
+        for (const Button &entry : entry.buttons) {
+            auto *button = new QPushButton(text(entry.caption), frame);
+            button->setGeometry(twipRect(entry.left, entry.top, entry.width, 495));
             button->setFont(plain);
-            if (!spec.tip.empty())
-                button->setToolTip(text(spec.tip));
+            if (!entry.tip.empty())
+                button->setToolTip(text(entry.tip));
             setColours(button, {{QPalette::Button, kControlFace}});
-            button->setEnabled(spec.enabled);
-            add(button, spec.name);
+            button->setEnabled(entry.enabled);
+            add(button, entry.name);
             tabOrder.push_back(button);
         }
     }
