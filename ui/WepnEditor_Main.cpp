@@ -482,15 +482,15 @@ void WepnEditor_Main::buildForm()
             add(check, "chkAlwaysDMG");
             tabOrder.push_back(check);
         }
-        for (const Button &entry : entry.buttons) {
-            auto *button = new QPushButton(text(entry.caption), frame);
-            button->setGeometry(twipRect(entry.left, entry.top, entry.width, 495));
+        for (const Button &item : entry.buttons) {
+            auto *button = new QPushButton(text(item.caption), frame);
+            button->setGeometry(twipRect(item.left, item.top, item.width, 495));
             button->setFont(plain);
-            if (!entry.tip.empty())
-                button->setToolTip(text(entry.tip));
+            if (!item.tip.empty())
+                button->setToolTip(text(item.tip));
             setColours(button, {{QPalette::Button, kControlFace}});
-            button->setEnabled(entry.enabled);
-            add(button, entry.name);
+            button->setEnabled(item.enabled);
+            add(button, item.name);
             tabOrder.push_back(button);
         }
     }
