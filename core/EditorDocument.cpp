@@ -160,6 +160,28 @@ std::optional<std::string> EditorDocument::fillFamilyTables()
     return std::nullopt;
 }
 
+namespace {
+
+template<typename Record>
+bool tableMatches(const std::vector<Record> &records, const std::vector<std::string> &entries)
+{
+    if (records.size() != entries.size())
+        return false;
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        const std::string_view entry = entries[i];
+        if (TextPieces::toLower(entry.substr(0, entry.find(kEntrySeparator))) != TextPieces::toLower(records[i].sFamily))
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+bool EditorDocument::familyTablesMatchLists() const
+{
+    return tableMatches(FamilyPenetrations, lstArmorFamilies) && tableMatches(FamilyAccuracies, lstAccuracy);
+}
+
 EditorDocument::ApplyOutcome EditorDocument::applyPenetration(std::size_t i, std::string_view valueText)
 {
     if (i >= lstArmorFamilies.size() || i >= FamilyPenetrations.size())

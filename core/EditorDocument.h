@@ -105,6 +105,12 @@ public:
     // from the entries. Gives the reason and changes nothing when an entry cannot be read.
     std::optional<std::string> fillFamilyTables();
 
+    // Whether record i of each family table belongs to entry i of its list (same family, letter
+    // case aside) and the sizes agree. An Open that refills the lists and then stops before reading
+    // a script leaves a loaded document's tables behind its lists; a save then would pair values
+    // with the wrong families or drop some.
+    bool familyTablesMatchLists() const;
+
     enum class ApplyOutcome { Applied, NoEntry, NotANumber, OutOfRange };
     // Entry i becomes its family, " - " and the text exactly as typed; the record gets the value.
     ApplyOutcome applyPenetration(std::size_t i, std::string_view valueText);

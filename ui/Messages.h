@@ -42,6 +42,13 @@ inline QString cannotOpen(const QString &path, const QString &reason)
     return QStringLiteral("Cannot open '") + path + QStringLiteral("': ") + reason;
 }
 
+inline QString familiesOutOfStep()
+{
+    return QStringLiteral("The penetration and accuracy lists were reloaded from the family list by an Open that did "
+                          "not finish, and no longer match this script's family values, so saving could lose or "
+                          "misplace them. Open the script again, then save.");
+}
+
 inline QString savedTo(const QString &path)
 {
     return QStringLiteral("Successfully saved to '") + path + QLatin1Char('\'');

@@ -147,6 +147,12 @@ void WepnEditor_Main::Open_Click()
 
 void WepnEditor_Main::Save_Click()
 {
+    // A cancelled Open refills the family lists; when the family list changed meanwhile, record i
+    // no longer belongs to entry i, and the writer pairs them.
+    if (!document.familyTablesMatchLists()) {
+        dialogs().message(Messages::familiesOutOfStep(), {});
+        return;
+    }
     const std::optional<QString> chosen
         = dialogs().saveFile(PathText::toQString(document.strWEPNFile), scriptFileFilter());
     if (!chosen)

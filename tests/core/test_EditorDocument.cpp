@@ -122,6 +122,15 @@ TEST(EditorDocumentTest, FillGivesUnnamedFamiliesTheDefaultsAndBuildsTheTables)
     EXPECT_EQ(document.FamilyAccuracies,
               (std::vector<FamilyAccuracy>{{"Alpha", 1, 0}, {"Gamma", 0.25, 2}}));
 
+    EXPECT_TRUE(document.familyTablesMatchLists());
+    // Lists refilled from a changed family list no longer belong to the tables.
+    document.setFamilies({"Alpha", "Beta"}, {"Alpha", "Gamma"});
+    EXPECT_TRUE(document.familyTablesMatchLists());
+    document.setFamilies({"Alpha", "Beta", "Delta"}, {"Alpha", "Gamma"});
+    EXPECT_FALSE(document.familyTablesMatchLists());
+    document.setFamilies({"Alpha", "Beta"}, {"Gamma", "Alpha"});
+    EXPECT_FALSE(document.familyTablesMatchLists());
+
     // A family name holding " - " cannot be read back: reported, nothing changed.
     document.setFamilies({"Odd - Name"}, {});
     EXPECT_TRUE(document.fillFamilyTables().has_value());
