@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 
 namespace {
@@ -27,13 +26,6 @@ std::vector<std::filesystem::path> corpusFiles()
     return files;
 }
 
-std::string testName(const testing::TestParamInfo<std::filesystem::path> &info)
-{
-    std::string name = info.param.parent_path().filename().string() + "_" + info.param.filename().string();
-    std::replace_if(name.begin(), name.end(), [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); }, '_');
-    return name;
-}
-
 class ScriptCorpusTest : public testing::TestWithParam<std::filesystem::path>
 {};
 
@@ -47,4 +39,4 @@ TEST_P(ScriptCorpusTest, WrittenScriptsOpenAndWriteTheSameBytes)
     EXPECT_FALSE(problem.has_value()) << *problem;
 }
 
-INSTANTIATE_TEST_SUITE_P(Saved, ScriptCorpusTest, testing::ValuesIn(corpusFiles()), testName);
+INSTANTIATE_TEST_SUITE_P(Saved, ScriptCorpusTest, testing::ValuesIn(corpusFiles()));
