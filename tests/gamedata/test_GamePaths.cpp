@@ -3,25 +3,17 @@
 
 #include <gtest/gtest.h>
 
-TEST(GamePathsTest, DerivesByPlainConcatenation)
+// Plain concatenation: a trailing separator is doubled, as the editor always did.
+TEST(GamePathsTest, DerivesWithAndWithoutATrailingSeparator)
 {
     const GamePaths::Paths paths = GamePaths::derive("/games/Korvath/Data");
     EXPECT_EQ(paths.strDataDir, "/games/Korvath/Data");
     EXPECT_EQ(paths.strWEPNDir, "/games/Korvath/Data/Weapon");
     EXPECT_EQ(paths.strWFDir, "/games/Korvath/Data/Scripts/Weaponfire");
     EXPECT_EQ(paths.strFLFile, "/games/Korvath/Data/Scripts/familylist.lua");
-}
 
-TEST(GamePathsTest, TrailingSeparatorIsDoubled)
-{
-    const GamePaths::Paths paths = GamePaths::derive("/data/");
-    EXPECT_EQ(paths.strWEPNDir, "/data//Weapon");
-    EXPECT_EQ(paths.strWFDir, "/data//Scripts/Weaponfire");
-    EXPECT_EQ(paths.strFLFile, "/data//Scripts/familylist.lua");
-}
-
-TEST(GamePathsTest, DefaultDirectoryGetsTheSuffixesToo)
-{
-    const GamePaths::Paths paths = GamePaths::derive(GamePaths::kDefaultDataDir);
-    EXPECT_EQ(paths.strWEPNDir, "C:\\Program Files\\Quellbrook\\Korvath\\Data/Weapon");
+    const GamePaths::Paths trailing = GamePaths::derive("/data/");
+    EXPECT_EQ(trailing.strWEPNDir, "/data//Weapon");
+    EXPECT_EQ(trailing.strWFDir, "/data//Scripts/Weaponfire");
+    EXPECT_EQ(trailing.strFLFile, "/data//Scripts/familylist.lua");
 }
