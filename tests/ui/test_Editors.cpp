@@ -1,77 +1,42 @@
 // SPDX-License-Identifier: MIT
 // The impact results, penetration and accuracy editors, the digit filter and Burst Shots, driven
 // through the window as a user would, then checked in the saved script.
-#include "FamilyList.h"
 #include "Messages.h"
-#include "PathText.h"
-#include "ScriptReader.h"
 #include "ScriptWriter.h"
-#include "ScriptedDialogs.h"
-#include "WepnEditor_Main.h"
+#include "WindowFixture.h"
 
-#include <QAction>
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
-#include <QDir>
-#include <QFile>
 #include <QGuiApplication>
 #include <QLineEdit>
-#include <QListWidget>
 #include <QPushButton>
-#include <QSettings>
-#include <QTemporaryDir>
-#include <QtTest>
 
-namespace {
-
-QStringList rows(const QListWidget *list)
-{
-    QStringList texts;
-    for (int i = 0; i < list->count(); ++i)
-        texts << list->item(i)->text();
-    return texts;
-}
-
-QString notANumber(const char *label, const char *text)
+static QString notANumber(const char *label, const char *text)
 {
     return Messages::fieldNotTaken(QLatin1String(label), QLatin1String(text), QStringLiteral("a number"));
 }
 
-} // namespace
-
-class TestEditors : public QObject
+class TestEditors : public WindowTest
 {
     Q_OBJECT
 
-    QTemporaryDir m_dir;
-    std::unique_ptr<QSettings> m_settings;
-    std::unique_ptr<WepnEditor_Main> m_window;
-    ScriptedDialogs *m_dialogs = nullptr;
-
-    QString dataPath(const QString &relative) const { return m_dir.filePath(QStringLiteral("Data/") + relative); }
-
-    void open(const QString &script)
+    void openScript(const QString &path)
     {
-        m_dialogs->openAnswers.enqueue(dataPath(QStringLiteral("Weapon/") + script));
-        m_window->Open->trigger();
-        QVERIFY(m_window->cmdAdd->isEnabled());
-        QVERIFY(m_dialogs->messages.isEmpty());
+        open(path);
+        QVERIFY(window->cmdAdd->isEnabled());
+        QCOMPARE(dialogs->messages, QStringList());
     }
 
-    // Save As into the temp folder, then the saved file read back as Open reads a script.
+    // Save As, then the saved file read back as Open reads a script.
     EditorDocument saveAndRead()
     {
-        const QString target = m_dir.filePath(QStringLiteral("saved.wepn"));
-        m_dialogs->saveAnswers.enqueue(target);
-        m_window->Save->trigger();
-        EditorDocument saved;
-        const FamilyList families = ReadFamilyListFile(m_window->strFLFile);
-        saved.setFamilies(families.armourFamilies, families.attackFamilies);
-        const ReadResult read = ReadWeaponScriptFile(saved, PathText::toBytes(target));
-        if (!read.completed() || saved.fillFamilyTables())
-            qWarning() << "saved script not read back:" << read.message.c_str();
-        return saved;
+        const QString target = dir.filePath(QStringLiteral("saved.wepn"));
+        save(target);
+        const std::optional<EditorDocument> saved = readBack(target);
+        if (!saved)
+            QTest::qFail("saved script not read back", __FILE__, __LINE__);
+        return saved.value_or(EditorDocument());
     }
 
     void select(QListWidget *list, int row)
@@ -103,45 +68,23 @@ class TestEditors : public QObject
     static void click(QPushButton *button) { QTest::mouseClick(button, Qt::LeftButton); }
 
 private slots:
-    void initTestCase()
+    void init()
     {
-        QVERIFY(m_dir.isValid());
-        const QString source = QStringLiteral(VANTOREL_SOURCE_DIR "/examples/Data");
-        QDirIterator files(source, QDir::Files, QDirIterator::Subdirectories);
-        while (files.hasNext()) {
-            const QString from = files.next();
-            const QString to = dataPath(QDir(source).relativeFilePath(from));
-            QVERIFY(QDir().mkpath(QFileInfo(to).path()));
-            QVERIFY(QFile::copy(from, to));
-        }
-        QFile odd(dataPath(QStringLiteral("Weapon/Odd.wepn")));
-        QVERIFY(odd.open(QIODevice::WriteOnly));
-        odd.write("StartWeaponConfig(NewWeaponType,\"Fixed\",\"Bullet\",\"Bullet_Light\",\"Normal\",1,1,0,0,0,0,0,1,1,"
+        startWindow(true, true);
+        writeFile(data + QStringLiteral("/Weapon/Odd.wepn"),
+                  "StartWeaponConfig(NewWeaponType,\"Fixed\",\"Bullet\",\"Bullet_Light\",\"Normal\",1,1,0,0,0,0,0,1,1,"
                   "0.5,2,1.5,0,0,80,80,0.1,\"\",1,0,0)\r\n"
                   "AddWeaponResult(NewWeaponType,\"hit\",\"Explode\",\"Target\",3,4,\"\")\r\n"
                   "AddWeaponResult(NewWeaponType,\"Miss\",\"SpawnWeaponFire\",\"Target\",5,6,\"Sp\xe4rks\")\r\n"
                   "AddWeaponResult(NewWeaponType,\"Hit\",\"SpawnWeaponFire\",\"Target\",0,0,\"a - b\")\r\n"
                   "setPenetration(NewWeaponType,5,1,\r\n{Unarmoured=1.5,})\r\n"
                   "setAccuracy(NewWeaponType,1,\r\n{Fighter=0.7,})\r\n");
+        openScript(weapon(QStringLiteral("LightCannon")));
     }
-
-    void init()
-    {
-        m_settings = std::make_unique<QSettings>(m_dir.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
-        m_settings->setValue(QStringLiteral("Directories/Decompiled_Data"), dataPath(QString()).chopped(1));
-        auto dialogs = std::make_unique<ScriptedDialogs>();
-        m_dialogs = dialogs.get();
-        m_window = std::make_unique<WepnEditor_Main>(*m_settings, std::move(dialogs));
-        m_window->Form_Load();
-        m_window->show();
-        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
-        open(QStringLiteral("LightCannon/LightCannon.wepn"));
-    }
-    void cleanup() { m_window.reset(); }
 
     void selectApplyAddRemoveSave()
     {
-        WepnEditor_Main &w = *m_window;
+        WepnEditor_Main &w = *window;
         QVERIFY(!w.cmdApply->isEnabled());
         click(w.cmdApply); // nothing selected yet: no change
 
@@ -192,8 +135,8 @@ private slots:
 
     void removeTheLastThenAdd()
     {
-        open(QStringLiteral("IonBeam/IonBeam.wepn"));
-        WepnEditor_Main &w = *m_window;
+        openScript(weapon(QStringLiteral("IonBeam")));
+        WepnEditor_Main &w = *window;
         select(w.lstWeaponResults, 0);
         click(w.cmdRemove);
         QVERIFY(w.document.hasNoResults());
@@ -209,13 +152,12 @@ private slots:
 
     void unknownConditionAndEffect()
     {
-        open(QStringLiteral("Odd.wepn"));
-        WepnEditor_Main &w = *m_window;
+        openScript(data + QStringLiteral("/Weapon/Odd.wepn"));
+        WepnEditor_Main &w = *window;
         choose(w.cboCondition, "Miss");
         select(w.lstWeaponResults, 0);
-        QCOMPARE(m_dialogs->messages,
-                 QList<ScriptedDialogs::Message>({{Messages::unknownCondition(QStringLiteral("hit")), {}},
-                                                  {Messages::unknownEffect(QStringLiteral("Explode")), {}}}));
+        QCOMPARE(dialogs->messages,
+                 QStringList({Messages::unknownCondition(QStringLiteral("hit")), Messages::unknownEffect(QStringLiteral("Explode"))}));
         QCOMPARE(w.cboCondition->currentText(), QStringLiteral("Miss"));
         QCOMPARE(w.cboEffect->currentText(), QStringLiteral("DamageHealth"));
         QCOMPARE(w.txtMaxEffect->text(), QStringLiteral("4"));
@@ -233,8 +175,8 @@ private slots:
         const std::vector<std::string> before = w.document.lstWeaponResults;
         select(w.lstWeaponResults, 0);
         click(w.cmdRemove);
-        QCOMPARE(m_dialogs->messages.size(), 3);
-        QVERIFY(m_dialogs->messages.last().text.contains(QStringLiteral("'Hit - SpawnWeaponFire - 0 - 0 - a - b'")));
+        QCOMPARE(dialogs->messages.size(), 3);
+        QVERIFY(dialogs->messages.last().contains(QStringLiteral("'Hit - SpawnWeaponFire - 0 - 0 - a - b'")));
         QCOMPARE(w.document.lstWeaponResults, before);
         QCOMPARE(rows(w.lstWeaponResults).size(), 3);
 
@@ -258,7 +200,7 @@ private slots:
         QFETCH(QString, field);
         QFETCH(QString, button);
         QFETCH(QString, message);
-        WepnEditor_Main &w = *m_window;
+        WepnEditor_Main &w = *window;
         select(w.lstWeaponResults, 0);
         select(w.lstArmorFamilies, 0);
         select(w.lstAccuracy, 0);
@@ -269,7 +211,7 @@ private slots:
         edit->paste();
         QCOMPARE(edit->text(), QStringLiteral("4x"));
         click(w.findChild<QPushButton *>(button));
-        QCOMPARE(m_dialogs->messages, QList<ScriptedDialogs::Message>({{message, {}}}));
+        QCOMPARE(dialogs->messages, QStringList{message});
         QCOMPARE(WeaponScriptText(w.document), WeaponScriptText(before));
         QCOMPARE(w.document.lstArmorFamilies, before.lstArmorFamilies);
         QCOMPARE(w.document.lstAccuracy, before.lstAccuracy);
@@ -278,7 +220,7 @@ private slots:
 
     void penetration()
     {
-        WepnEditor_Main &w = *m_window;
+        WepnEditor_Main &w = *window;
         click(w.cmdPenApply); // nothing selected: no change
         click(w.cmdAccApply);
         QCOMPARE(w.document.lstArmorFamilies[0], std::string("Unarmoured - 1.5"));
@@ -292,7 +234,7 @@ private slots:
         QCOMPARE(w.document.FamilyPenetrations[3].fPenetration, 10.0);
         retype(w.txtPenetration, QString());
         click(w.cmdPenApply);
-        QCOMPARE(m_dialogs->messages, QList<ScriptedDialogs::Message>({{notANumber("Penetration Value", ""), {}}}));
+        QCOMPARE(dialogs->messages, QStringList{notANumber("Penetration Value", "")});
         QCOMPARE(w.document.lstArmorFamilies[3], std::string("HeavyArmour - 010"));
 
         const EditorDocument saved = saveAndRead();
@@ -318,7 +260,7 @@ private slots:
         QFETCH(bool, tick);
         QFETCH(QString, entry);
         QFETCH(double, value);
-        WepnEditor_Main &w = *m_window;
+        WepnEditor_Main &w = *window;
         select(w.lstAccuracy, 1);
         QVERIFY(w.chkAlwaysDMG->isChecked()); // "Corvette - 0.8 - 1"
         select(w.lstAccuracy, 0);
@@ -329,7 +271,7 @@ private slots:
             QTest::mouseClick(w.chkAlwaysDMG, Qt::LeftButton);
         click(w.cmdAccApply);
         if (entry.isEmpty()) {
-            QCOMPARE(m_dialogs->messages, QList<ScriptedDialogs::Message>({{Messages::accuracyOutOfRange(), {}}}));
+            QCOMPARE(dialogs->messages, QStringList{Messages::accuracyOutOfRange()});
             QCOMPARE(w.txtAccuracy->text(), QStringLiteral("1"));
             QCOMPARE(w.chkAlwaysDMG->isChecked(), tick);
             entry = QStringLiteral("Fighter - 0.7 - 0");
@@ -355,7 +297,7 @@ private slots:
         QFETCH(QString, field);
         QFETCH(QString, keys);
         QFETCH(QString, text);
-        auto *edit = m_window->findChild<QLineEdit *>(field);
+        auto *edit = window->findChild<QLineEdit *>(field);
         retype(edit, keys);
         QCOMPARE(edit->text(), text);
         // Text the program put there can still be shortened with backspace.
@@ -381,7 +323,7 @@ private slots:
         QFETCH(QString, delayKeys);
         QFETCH(QString, lengthKeys);
         QFETCH(QString, shots);
-        WepnEditor_Main &w = *m_window;
+        WepnEditor_Main &w = *window;
         retype(w.Value[9], QStringLiteral("0.3"));
         retype(w.Value[10], QStringLiteral("2"));
         QTest::keyClicks(w.Value[9], delayKeys);

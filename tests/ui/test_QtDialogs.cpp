@@ -1,13 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The file dialogs' filter finds scripts whatever the letter case of ".wepn".
-#include "Dialogs.h"
+#include "WindowFixture.h"
 
-#include <QFile>
 #include <QFileDialog>
-#include <QFileSystemModel>
 #include <QListView>
-#include <QTemporaryDir>
-#include <QtTest>
 
 class TestQtDialogs : public QObject
 {
@@ -17,23 +13,19 @@ private slots:
     void filterIgnoresLetterCase()
     {
         QTemporaryDir dir;
-        for (const char *name : {"a.wepn", "B.WEPN", "c.Wepn", "d.txt", "e.wepn.bak"}) {
-            QFile file(dir.filePath(QLatin1String(name)));
-            QVERIFY(file.open(QIODevice::WriteOnly));
-        }
+        for (const char *name : {"a.wepn", "B.WEPN", "c.Wepn", "d.txt", "e.wepn.bak"})
+            writeFile(dir.filePath(QLatin1String(name)), {});
         QFileDialog dialog;
         prepareFileDialog(dialog, scriptFileFilter());
         dialog.setDirectory(dir.path());
         QCOMPARE(dialog.nameFilters(), QStringList{QStringLiteral("Korvath Weapon Scripts (*.wepn)")});
         dialog.show(); // shown without running it: no modal loop in a test
-
         auto *view = dialog.findChild<QListView *>(QStringLiteral("listView"));
         QVERIFY(view);
         auto visible = [&] {
             QStringList names;
-            const QModelIndex root = view->rootIndex();
-            for (int row = 0; row < view->model()->rowCount(root); ++row)
-                names << view->model()->index(row, 0, root).data().toString();
+            for (int row = 0; row < view->model()->rowCount(view->rootIndex()); ++row)
+                names << view->model()->index(row, 0, view->rootIndex()).data().toString();
             names.sort(Qt::CaseInsensitive);
             return names;
         };

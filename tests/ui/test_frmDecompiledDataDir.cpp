@@ -1,122 +1,86 @@
 // SPDX-License-Identifier: MIT
 // Settings > Manage Directories > Decompiled Data: the dialog, its check and what it stores.
 #include "Messages.h"
-#include "ScriptedDialogs.h"
-#include "WepnEditor_Main.h"
+#include "WindowFixture.h"
 #include "frmDecompiledDataDir.h"
 
-#include <QDir>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QSettings>
-#include <QTemporaryDir>
-#include <QtTest>
 
-class TestFrmDecompiledDataDir : public QObject
+class TestFrmDecompiledDataDir : public WindowTest
 {
     Q_OBJECT
 
-    QTemporaryDir m_dir;
-    std::unique_ptr<QSettings> m_settings;
-    ScriptedDialogs *m_dialogs = nullptr;
-    std::unique_ptr<WepnEditor_Main> m_window;
-
-    QString dataDir() const { return m_dir.filePath(QStringLiteral("Data")); }
-    QString storedDir() const { return m_settings->value(QStringLiteral("Directories/Decompiled_Data")).toString(); }
-
-    frmDecompiledDataDir *openDialog()
+    QPointer<frmDecompiledDataDir> openDialog()
     {
-        m_window->DecompiledData->trigger();
-        frmDecompiledDataDir *dialog = m_window->directoryDialog();
-        if (dialog) {
-            [&] { QVERIFY(QTest::qWaitForWindowExposed(dialog)); }();
-        }
+        window->DecompiledData->trigger();
+        QPointer<frmDecompiledDataDir> dialog = window->directoryDialog();
+        if (!dialog || !QTest::qWaitForWindowExposed(dialog))
+            QTest::qFail("the dialog is not shown", __FILE__, __LINE__);
         return dialog;
     }
 
 private slots:
-    void initTestCase() { QVERIFY(QDir().mkpath(dataDir())); }
+    void init() { startWindow(false, true); }
 
-    void init()
-    {
-        m_settings = std::make_unique<QSettings>(m_dir.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
-        m_settings->clear();
-        auto dialogs = std::make_unique<ScriptedDialogs>();
-        m_dialogs = dialogs.get();
-        m_window = std::make_unique<WepnEditor_Main>(*m_settings, std::move(dialogs));
-        m_window->Form_Load();
-        m_window->show();
-        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
-    }
-    void cleanup() { m_window.reset(); }
-
-    void startsFromTheStoredFolderWhenItExists_data()
+    void showsTheStoredFolderWhenItExists_data()
     {
         QTest::addColumn<bool>("exists");
         QTest::newRow("stored folder exists") << true;
         QTest::newRow("stored folder missing") << false;
     }
-    void startsFromTheStoredFolderWhenItExists()
+    void showsTheStoredFolderWhenItExists()
     {
         QFETCH(bool, exists);
-        const QString stored = exists ? dataDir() : m_dir.filePath(QStringLiteral("Gone"));
-        m_settings->setValue(QStringLiteral("Directories/Decompiled_Data"), stored);
-        m_window->Form_Load();
-
-        frmDecompiledDataDir *dialog = openDialog();
-        QVERIFY(dialog);
-        QVERIFY(!m_window->isEnabled());
-        QVERIFY(dialog->isEnabled());
+        const QString stored = exists ? data : dir.filePath(QStringLiteral("Gone"));
+        settings->setValue(kDataDirSetting, stored);
+        window->Form_Load();
+        QPointer<frmDecompiledDataDir> dialog = openDialog();
+        QVERIFY(dialog && dialog->isEnabled());
+        QVERIFY(!window->isEnabled());
         QCOMPARE(dialog->windowTitle(), QStringLiteral("Manage Directories"));
-        QCOMPARE(dialog->txtDataDir->text(),
-                 exists ? stored : QStringLiteral("C:\\Program Files\\Quellbrook\\Korvath\\Data"));
+        QCOMPARE(dialog->txtDataDir->text(), exists ? stored : kDefaultDataDir);
     }
 
     void missingFolderIsRefused()
     {
-        frmDecompiledDataDir *dialog = openDialog();
-        const QString typed = m_dir.filePath(QStringLiteral("NoSuchFolder"));
+        QPointer<frmDecompiledDataDir> dialog = openDialog();
+        const QString typed = dir.filePath(QStringLiteral("NoSuchFolder"));
         dialog->txtDataDir->setText(typed);
         QTest::mouseClick(dialog->cmdOK, Qt::LeftButton);
-
-        QCOMPARE(m_dialogs->messages, (QList<ScriptedDialogs::Message>{{Messages::folderNotFound(), {}}}));
+        QCOMPARE(dialogs->messages, QStringList{Messages::folderNotFound()});
+        QCOMPARE(Messages::folderNotFound(), QStringLiteral("That folder does not exist, please try again."));
         QVERIFY(dialog->isVisible());
         QCOMPARE(dialog->txtDataDir->text(), typed);
-        QVERIFY(!m_settings->contains(QStringLiteral("Directories/Decompiled_Data")));
-        QVERIFY(!m_window->isEnabled());
+        QVERIFY(!settings->contains(kDataDirSetting));
+        QVERIFY(!window->isEnabled());
     }
 
     void existingFolderIsStoredAsTyped()
     {
         QPointer<frmDecompiledDataDir> dialog = openDialog();
-        const QString typed = dataDir() + QLatin1Char('/');
+        const QString typed = data + QLatin1Char('/');
         dialog->txtDataDir->setText(typed);
         QTest::mouseClick(dialog->cmdOK, Qt::LeftButton);
-
-        QVERIFY(m_dialogs->messages.isEmpty());
-        QCOMPARE(storedDir(), typed);
-        QCOMPARE(QString::fromStdString(m_window->strDataDir), typed);
-        QCOMPARE(QString::fromStdString(m_window->strWEPNDir), typed + QStringLiteral("/Weapon"));
-        QCOMPARE(QString::fromStdString(m_window->strFLFile), typed + QStringLiteral("/Scripts/familylist.lua"));
-        QVERIFY(m_window->isEnabled());
+        QCOMPARE(dialogs->messages, QStringList());
+        QCOMPARE(settings->value(kDataDirSetting).toString(), typed);
+        QCOMPARE(PathText::toQString(window->strDataDir), typed);
+        QCOMPARE(PathText::toQString(window->strFLFile), typed + QStringLiteral("/Scripts/familylist.lua"));
+        QVERIFY(window->isEnabled());
         QTRY_VERIFY(dialog.isNull()); // unloaded
     }
 
     void closeBoxStoresNothing()
     {
         QPointer<frmDecompiledDataDir> dialog = openDialog();
-        dialog->txtDataDir->setText(dataDir());
+        dialog->txtDataDir->setText(data);
         QVERIFY(dialog->close());
-
-        QVERIFY(!m_settings->contains(QStringLiteral("Directories/Decompiled_Data")));
-        QCOMPARE(m_window->strDataDir, std::string("C:\\Program Files\\Quellbrook\\Korvath\\Data"));
-        QVERIFY(m_window->isEnabled());
+        QVERIFY(!settings->contains(kDataDirSetting));
+        QCOMPARE(PathText::toQString(window->strDataDir), kDefaultDataDir);
+        QVERIFY(window->isEnabled());
         QTRY_VERIFY(dialog.isNull());
-
-        // Loaded afresh each time.
-        QVERIFY(openDialog());
-        QCOMPARE(m_window->directoryDialog()->txtDataDir->text(),
-                 QStringLiteral("C:\\Program Files\\Quellbrook\\Korvath\\Data"));
+        dialog = openDialog(); // loaded afresh
+        QCOMPARE(dialog->txtDataDir->text(), kDefaultDataDir);
     }
 };
 
