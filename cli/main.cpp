@@ -2,14 +2,12 @@
 // vantorel-cli: normalises and checks weapon scripts the way the editor opens and saves them.
 #include "AppInfo.h"
 #include "AtomicFile.h"
-#include "BatchSave.h"
 #include "CommandLine.h"
 #include "CustomFSO.h"
 #include "DataDirectorySetting.h"
 #include "EditorDocument.h"
 #include "FamilyList.h"
 #include "GamePaths.h"
-#include "Parallel.h"
 #include "ScriptCheck.h"
 #include "ScriptReader.h"
 #include "ScriptWriter.h"
@@ -20,6 +18,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <future>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -134,48 +133,59 @@ int normaliseToOutput(const std::string &path, const FamilyList &families)
     return 0;
 }
 
-// Scripts are read, normalised and staged on several threads, a batch at a time, and each batch
-// is committed with one sync: the time goes into waiting on the disk, not into the work.
+// Scripts are saved a batch at a time, with one disk sync per batch; the files a batch replaces
+// are rewritten for the next one. A batch's commit, which mostly waits on the disk, runs while the
+// next batch is read and normalised.
 int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &families)
 {
-    constexpr std::size_t kBatch = 1024;
-    constexpr unsigned kThreads = 8;
+    constexpr std::size_t kBatch = 256;
+    AtomicFile::Batch saver;
+    std::future<std::vector<std::optional<std::string>>> committing;
+    std::vector<std::optional<std::string>> errors;
+    std::vector<std::size_t> staged; // indexes into errors
+    std::size_t base = 0;            // the script of errors[0]
     int status = 0;
-    for (std::size_t first = 0; first < scripts.size(); first += kBatch) {
-        const std::size_t count = std::min(kBatch, scripts.size() - first);
-        std::vector<std::optional<std::string>> errors(count);
-        std::vector<BatchSave::Staged> staged(count);
-        Parallel::forEach(count, kThreads, [&](std::size_t i) {
-            std::string bytes, text;
-            const std::string &path = scripts[first + i];
-            errors[i] = normalise(path, families, bytes, text);
-            // A script already in normalised form keeps its file and its modification time.
-            if (!errors[i] && text != bytes) {
-                if (const auto error = BatchSave::stage(path, text, staged[i]))
-                    errors[i] = location(path, 0) + "error: " + *error;
-            }
-        });
-
-        std::vector<BatchSave::Staged> batch;
-        std::vector<std::size_t> batchIndex;
-        for (std::size_t i = 0; i < count; ++i) {
-            if (!staged[i].path.empty() && !staged[i].temporary.empty()) {
-                batch.push_back(std::move(staged[i]));
-                batchIndex.push_back(i);
-            }
+    const auto report = [&] {
+        if (committing.valid()) {
+            const auto saveErrors = committing.get();
+            for (std::size_t k = 0; k < staged.size(); ++k)
+                if (saveErrors[k])
+                    errors[staged[k]] = location(scripts[base + staged[k]], 0) + "error: " + *saveErrors[k];
         }
-        const auto saveErrors = BatchSave::commit(batch, kThreads);
-        for (std::size_t k = 0; k < batch.size(); ++k)
-            if (saveErrors[k])
-                errors[batchIndex[k]] = location(batch[k].path, 0) + "error: " + *saveErrors[k];
-
         for (const auto &error : errors) {
             if (error) {
                 failure(*error);
                 status = kExitFailure;
             }
         }
+    };
+
+    std::string bytes, text;
+    for (std::size_t first = 0; first < scripts.size(); first += kBatch) {
+        const std::size_t count = std::min(kBatch, scripts.size() - first);
+        std::vector<std::optional<std::string>> batchErrors(count);
+        std::vector<std::pair<std::size_t, std::string>> texts;
+        for (std::size_t i = 0; i < count; ++i) {
+            batchErrors[i] = normalise(scripts[first + i], families, bytes, text);
+            // A script already in normalised form keeps its file and its modification time.
+            if (!batchErrors[i] && text != bytes)
+                texts.emplace_back(i, std::move(text));
+        }
+
+        report();
+        errors = std::move(batchErrors);
+        base = first;
+        staged.clear();
+        for (const auto &[i, normalised] : texts) {
+            const std::string &path = scripts[first + i];
+            if (const auto error = saver.stage(path, normalised))
+                errors[i] = location(path, 0) + "error: " + *error;
+            else
+                staged.push_back(i);
+        }
+        committing = std::async(std::launch::async, [&saver] { return saver.commit(); });
     }
+    report();
     return status;
 }
 
