@@ -19,45 +19,36 @@
 
 #include <optional>
 
-// Stands in for the message boxes and file dialogs: records every message (a title other than
-// the application's in brackets after it) and every file request, and answers each file dialog
-// with the next queued answer. A file dialog without a queued answer fails the running test.
+// Stands in for the message boxes and file dialogs: records every message (a title other than the
+// application's in brackets after it) and every file request, and answers each file dialog with
+// the next queued answer. A file dialog without a queued answer fails the running test.
 class ScriptedDialogs : public Dialogs
 {
 public:
-    struct FileRequest
-    {
-        QString path; // the folder (open) or the proposed path (save)
-        QString filter;
-        QString initialName;
-    };
     QStringList messages;
-    QList<FileRequest> openRequests, saveRequests;
-    QQueue<std::optional<QString>> openAnswers, saveAnswers;
+    QStringList requests; // "open|FOLDER|FILTER|NAME" or "save|PROPOSED PATH|FILTER"
+    QQueue<std::optional<QString>> answers;
 
     void message(const QString &text, const QString &title) override
     {
         messages << (title.isEmpty() ? text : text + QStringLiteral(" [") + title + QLatin1Char(']'));
     }
-    std::optional<QString> openFile(const QString &folder, const QString &filter, const QString &initialName) override
+    std::optional<QString> openFile(const QString &folder, const QString &filter, const QString &name) override
     {
-        openRequests.append({folder, filter, initialName});
-        return answer(openAnswers);
+        return answer(QStringList{QStringLiteral("open"), folder, filter, name});
     }
     std::optional<QString> saveFile(const QString &proposedPath, const QString &filter) override
     {
-        saveRequests.append({proposedPath, filter, {}});
-        return answer(saveAnswers);
+        return answer(QStringList{QStringLiteral("save"), proposedPath, filter});
     }
 
 private:
-    static std::optional<QString> answer(QQueue<std::optional<QString>> &answers)
+    std::optional<QString> answer(const QStringList &request)
     {
-        if (answers.isEmpty()) {
+        requests << request.join(QLatin1Char('|'));
+        if (answers.isEmpty())
             QTest::qFail("unexpected file dialog", __FILE__, __LINE__);
-            return std::nullopt;
-        }
-        return answers.dequeue();
+        return answers.isEmpty() ? std::nullopt : answers.dequeue();
     }
 };
 
@@ -73,24 +64,23 @@ inline QByteArray fileBytes(const QString &path)
 inline void writeFile(const QString &path, const QByteArray &bytes)
 {
     QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    QCOMPARE(file.write(bytes), bytes.size());
+    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size());
 }
 
-inline QStringList rows(const QListWidget *list)
+// A list's rows, or a document's entries, joined with "|".
+inline QString rows(const QListWidget *list)
 {
     QStringList texts;
     for (int i = 0; i < list->count(); ++i)
         texts << list->item(i)->text();
-    return texts;
+    return texts.join(QLatin1Char('|'));
 }
-
-inline QStringList entries(const std::vector<std::string> &list)
+inline QString rows(const std::vector<std::string> &entries)
 {
     QStringList texts;
-    for (const std::string &entry : list)
+    for (const std::string &entry : entries)
         texts << QString::fromLatin1(entry.data(), static_cast<qsizetype>(entry.size()));
-    return texts;
+    return texts.join(QLatin1Char('|'));
 }
 
 // The test classes derive from this and start a window in their init().
@@ -108,17 +98,15 @@ protected:
     void startWindow(bool dataDirSet = true, bool shown = false)
     {
         window.reset();
+        settings.reset(); // written back before the folder is emptied
         for (const QFileInfo &entry : QDir(dir.path()).entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot))
             QVERIFY(entry.isDir() ? QDir(entry.filePath()).removeRecursively() : QFile::remove(entry.filePath()));
         const QString source = QStringLiteral(VANTOREL_SOURCE_DIR "/examples/Data");
         for (QDirIterator it(source, QDir::Files, QDirIterator::Subdirectories); it.hasNext();) {
-            const QString from = it.next();
-            const QString to = data + from.mid(source.size());
-            QVERIFY(QDir().mkpath(QFileInfo(to).path()));
-            QVERIFY(QFile::copy(from, to));
+            const QString from = it.next(), to = data + from.mid(source.size());
+            QVERIFY(QDir().mkpath(QFileInfo(to).path()) && QFile::copy(from, to));
         }
         settings = std::make_unique<QSettings>(dir.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat);
-        settings->clear();
         if (dataDirSet)
             settings->setValue(kDataDirSetting, data);
         auto scripted = std::make_unique<ScriptedDialogs>();
@@ -133,17 +121,18 @@ protected:
 
     QString weapon(const QString &name) const { return data + QStringLiteral("/Weapon/%1/%1.wepn").arg(name); }
 
-    // File > Open answered with the path, or cancelled.
+    // File > Open answered with the path, or cancelled; then Save As.
     void open(const std::optional<QString> &answer)
     {
-        dialogs->openAnswers.enqueue(answer);
+        dialogs->answers.enqueue(answer);
         window->Open->trigger();
-        dialogs->openAnswers.clear(); // a failure before the dialog leaves its answer unused
+        dialogs->answers.clear(); // a failure before the dialog leaves its answer unused
     }
     void save(const std::optional<QString> &answer)
     {
-        dialogs->saveAnswers.enqueue(answer);
+        dialogs->answers.enqueue(answer);
         window->Save->trigger();
+        dialogs->answers.clear(); // a refused save asks nothing
     }
 
     // A script as the reader reads it on its own, with the sample family list.
@@ -153,9 +142,7 @@ protected:
         EditorDocument document;
         document.setFamilies(families.armourFamilies, families.attackFamilies);
         const QByteArray bytes = fileBytes(path);
-        if (!families.ok()
-            || !OpenWeaponScript(document, std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())))
-                    .completed())
+        if (!families.ok() || !OpenWeaponScript(document, {bytes.constData(), static_cast<std::size_t>(bytes.size())}).completed())
             return std::nullopt;
         return document;
     }

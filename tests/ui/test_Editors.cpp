@@ -17,6 +17,36 @@ static QString notANumber(const char *label, const char *text)
     return Messages::fieldNotTaken(QLatin1String(label), QLatin1String(text), QStringLiteral("a number"));
 }
 
+static void click(QWidget *button)
+{
+    QTest::mouseClick(button, Qt::LeftButton);
+}
+
+static void retype(QLineEdit *field, const QString &text)
+{
+    field->setFocus();
+    field->selectAll();
+    QTest::keyClick(field, Qt::Key_Backspace);
+    QTest::keyClicks(field, text);
+}
+
+static void select(QListWidget *list, int row)
+{
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(row)).center());
+    QCOMPARE(WepnEditor_Main::selectedEntry(list), std::optional<std::size_t>(row));
+}
+
+// Chosen with the arrow keys, as a user picks from a drop-down.
+static void choose(QComboBox *combo, const char *item)
+{
+    const int target = combo->findText(QLatin1String(item));
+    for (int before = -2; target >= 0 && combo->currentIndex() != target && combo->currentIndex() != before;) {
+        before = combo->currentIndex();
+        QTest::keyClick(combo, before < target ? Qt::Key_Down : Qt::Key_Up);
+    }
+    QCOMPARE(combo->currentText(), QLatin1String(item));
+}
+
 class TestEditors : public WindowTest
 {
     Q_OBJECT
@@ -31,54 +61,26 @@ class TestEditors : public WindowTest
     // Save As, then the saved file read back as Open reads a script.
     EditorDocument saveAndRead()
     {
-        const QString target = dir.filePath(QStringLiteral("saved.wepn"));
-        save(target);
-        const std::optional<EditorDocument> saved = readBack(target);
+        save(dir.filePath(QStringLiteral("saved.wepn")));
+        const std::optional<EditorDocument> saved = readBack(dir.filePath(QStringLiteral("saved.wepn")));
         if (!saved)
             QTest::qFail("saved script not read back", __FILE__, __LINE__);
         return saved.value_or(EditorDocument());
     }
 
-    void select(QListWidget *list, int row)
+    // The result editor as "Condition Effect Min Max [Spawned FX]", "*" after a disabled field.
+    QString resultEditor() const
     {
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(row)).center());
-        QCOMPARE(WepnEditor_Main::selectedEntry(list), std::optional<std::size_t>(row));
+        QString shown = window->cboCondition->currentText() + QLatin1Char(' ') + window->cboEffect->currentText();
+        for (const QLineEdit *field : {window->txtMinEffect, window->txtMaxEffect, window->txtSpawnedWeaponEffect})
+            shown += QLatin1Char(' ') + field->text() + (field->isEnabled() ? QString() : QStringLiteral("*"));
+        return shown;
     }
-
-    // Chosen with the arrow keys, as a user picks from a drop-down.
-    void choose(QComboBox *combo, const char *item)
-    {
-        const int target = combo->findText(QLatin1String(item));
-        QVERIFY(target >= 0);
-        while (combo->currentIndex() != target) {
-            const int before = combo->currentIndex();
-            QTest::keyClick(combo, before < target ? Qt::Key_Down : Qt::Key_Up);
-            QVERIFY(combo->currentIndex() != before);
-        }
-    }
-
-    static void retype(QLineEdit *field, const QString &text)
-    {
-        field->setFocus();
-        field->selectAll();
-        QTest::keyClick(field, Qt::Key_Backspace);
-        QTest::keyClicks(field, text);
-    }
-
-    static void click(QPushButton *button) { QTest::mouseClick(button, Qt::LeftButton); }
 
 private slots:
     void init()
     {
         startWindow(true, true);
-        writeFile(data + QStringLiteral("/Weapon/Odd.wepn"),
-                  "StartWeaponConfig(NewWeaponType,\"Fixed\",\"Bullet\",\"Bullet_Light\",\"Normal\",1,1,0,0,0,0,0,1,1,"
-                  "0.5,2,1.5,0,0,80,80,0.1,\"\",1,0,0)\r\n"
-                  "AddWeaponResult(NewWeaponType,\"hit\",\"Explode\",\"Target\",3,4,\"\")\r\n"
-                  "AddWeaponResult(NewWeaponType,\"Miss\",\"SpawnWeaponFire\",\"Target\",5,6,\"Sp\xe4rks\")\r\n"
-                  "AddWeaponResult(NewWeaponType,\"Hit\",\"SpawnWeaponFire\",\"Target\",0,0,\"a - b\")\r\n"
-                  "setPenetration(NewWeaponType,5,1,\r\n{Unarmoured=1.5,})\r\n"
-                  "setAccuracy(NewWeaponType,1,\r\n{Fighter=0.7,})\r\n");
         openScript(weapon(QStringLiteral("LightCannon")));
     }
 
@@ -87,56 +89,42 @@ private slots:
         WepnEditor_Main &w = *window;
         QVERIFY(!w.cmdApply->isEnabled());
         click(w.cmdApply); // nothing selected yet: no change
-
         select(w.lstWeaponResults, 1);
         QVERIFY(w.cmdApply->isEnabled());
-        QCOMPARE(w.lstWeaponResults->toolTip(), QStringLiteral("Miss - SpawnWeaponFire - 0 - 0 - Sparks"));
-        QCOMPARE(w.cboCondition->currentText(), QStringLiteral("Miss"));
-        QCOMPARE(w.txtSpawnedWeaponEffect->text(), QStringLiteral("Sparks"));
-        QVERIFY(w.txtSpawnedWeaponEffect->isEnabled() && !w.txtMinEffect->isEnabled());
-
+        QCOMPARE(resultEditor(), QStringLiteral("Miss SpawnWeaponFire 0* 0* Sparks"));
         select(w.lstWeaponResults, 0);
-        QCOMPARE(w.cboEffect->currentText(), QStringLiteral("DamageHealth"));
-        QCOMPARE(w.txtMaxEffect->text(), QStringLiteral("48"));
-        QVERIFY(w.txtSpawnedWeaponEffect->text().isEmpty() && !w.txtSpawnedWeaponEffect->isEnabled());
+        QCOMPARE(resultEditor(), QStringLiteral("Hit DamageHealth 40 48 *"));
         retype(w.txtMinEffect, QStringLiteral("12.5"));
         QCOMPARE(w.txtMinEffect->text(), QStringLiteral("125")); // the point never arrives
         click(w.cmdApply);
-
         choose(w.cboEffect, "SpawnWeaponFire");
-        QCOMPARE(w.txtMinEffect->text(), QStringLiteral("0"));
         QTest::keyClicks(w.txtSpawnedWeaponEffect, QStringLiteral("Flak_Burst"));
+        QCOMPARE(resultEditor(), QStringLiteral("Hit SpawnWeaponFire 0* 0* Flak_Burst"));
         click(w.cmdAdd);
         choose(w.cboEffect, "Push");
-        QVERIFY(!w.txtSpawnedWeaponEffect->isEnabled());
-        QCOMPARE(w.txtSpawnedWeaponEffect->text(), QStringLiteral("Flak_Burst"));
         retype(w.txtMaxEffect, QString()); // Add makes it "0"
         click(w.cmdAdd);
-        QCOMPARE(w.txtMaxEffect->text(), QStringLiteral("0"));
+        QCOMPARE(resultEditor(), QStringLiteral("Hit Push 0 0 Flak_Burst*"));
         QCOMPARE(rows(w.lstWeaponResults),
-                 QStringList({QStringLiteral("Hit - DamageHealth - 125 - 48 - "),
-                              QStringLiteral("Miss - SpawnWeaponFire - 0 - 0 - Sparks"),
-                              QStringLiteral("Hit - SpawnWeaponFire - 0 - 0 - Flak_Burst"),
-                              QStringLiteral("Hit - Push - 0 - 0 - ")}));
+                 QStringLiteral("Hit - DamageHealth - 125 - 48 - |Miss - SpawnWeaponFire - 0 - 0 - Sparks|"
+                                "Hit - SpawnWeaponFire - 0 - 0 - Flak_Burst|Hit - Push - 0 - 0 - "));
         QCOMPARE(WepnEditor_Main::selectedEntry(w.lstWeaponResults), std::optional<std::size_t>(0));
-
         select(w.lstWeaponResults, 1);
         click(w.cmdRemove);
         QCOMPARE(WepnEditor_Main::selectedEntry(w.lstWeaponResults), std::nullopt);
         click(w.cmdApply); // nothing selected again: no change
         select(w.lstWeaponResults, 2); // the last Add
         QCOMPARE(w.cboEffect->currentText(), QStringLiteral("Push"));
-
         const EditorDocument saved = saveAndRead();
-        QCOMPARE(saved.lstWeaponResults, w.document.lstWeaponResults);
-        QCOMPARE(saved.WeaponResults, w.document.WeaponResults);
         QCOMPARE(saved.WeaponResults.size(), std::size_t(3));
+        QCOMPARE(saved.WeaponResults, w.document.WeaponResults);
+        QCOMPARE(saved.lstWeaponResults, w.document.lstWeaponResults);
     }
 
     void removeTheLastThenAdd()
     {
-        openScript(weapon(QStringLiteral("IonBeam")));
         WepnEditor_Main &w = *window;
+        openScript(weapon(QStringLiteral("IonBeam")));
         select(w.lstWeaponResults, 0);
         click(w.cmdRemove);
         QVERIFY(w.document.hasNoResults());
@@ -145,30 +133,31 @@ private slots:
         retype(w.txtMinEffect, QStringLiteral("7"));
         click(w.cmdAdd);
         select(w.lstWeaponResults, 0);
-        QCOMPARE(w.txtMinEffect->text(), QStringLiteral("7"));
-        const EditorDocument saved = saveAndRead();
-        QCOMPARE(saved.lstWeaponResults, std::vector<std::string>{"Miss - DamageHealth - 7 - 320 - "});
+        QCOMPARE(saveAndRead().lstWeaponResults, std::vector<std::string>{"Miss - DamageHealth - 7 - 320 - "});
     }
 
     void unknownConditionAndEffect()
     {
-        openScript(data + QStringLiteral("/Weapon/Odd.wepn"));
         WepnEditor_Main &w = *window;
+        writeFile(dir.filePath(QStringLiteral("Odd.wepn")),
+                  "StartWeaponConfig(NewWeaponType,\"Fixed\",\"Bullet\",\"Bullet_Light\",\"Normal\",1,1,0,0,0,0,0,1,1,"
+                  "0.5,2,1.5,0,0,80,80,0.1,\"\",1,0,0)\r\n"
+                  "AddWeaponResult(NewWeaponType,\"hit\",\"Explode\",\"Target\",3,4,\"\")\r\n"
+                  "AddWeaponResult(NewWeaponType,\"Miss\",\"SpawnWeaponFire\",\"Target\",5,6,\"Sp\xe4rks\")\r\n"
+                  "AddWeaponResult(NewWeaponType,\"Hit\",\"SpawnWeaponFire\",\"Target\",0,0,\"a - b\")\r\n");
+        openScript(dir.filePath(QStringLiteral("Odd.wepn")));
         choose(w.cboCondition, "Miss");
         select(w.lstWeaponResults, 0);
-        QCOMPARE(dialogs->messages,
-                 QStringList({Messages::unknownCondition(QStringLiteral("hit")), Messages::unknownEffect(QStringLiteral("Explode"))}));
-        QCOMPARE(w.cboCondition->currentText(), QStringLiteral("Miss"));
-        QCOMPARE(w.cboEffect->currentText(), QStringLiteral("DamageHealth"));
-        QCOMPARE(w.txtMaxEffect->text(), QStringLiteral("4"));
+        QCOMPARE(dialogs->messages, QStringList({Messages::unknownCondition(QStringLiteral("hit")),
+                                                 Messages::unknownEffect(QStringLiteral("Explode"))}));
+        QCOMPARE(resultEditor(), QStringLiteral("Miss DamageHealth 3 4 *"));
         click(w.cmdApply); // stores what the drop-downs show
         QCOMPARE(w.lstWeaponResults->item(0)->text(), QStringLiteral("Miss - DamageHealth - 3 - 4 - "));
 
         // The effect rule runs although SpawnWeaponFire is chosen already; every byte comes through.
         choose(w.cboEffect, "SpawnWeaponFire");
         select(w.lstWeaponResults, 1);
-        QCOMPARE(w.txtMinEffect->text(), QStringLiteral("0"));
-        QCOMPARE(w.txtSpawnedWeaponEffect->text(), QString::fromLatin1("Sp\xe4rks"));
+        QCOMPARE(resultEditor(), QStringLiteral("Miss SpawnWeaponFire 0* 0* Sp") + QChar(0xE4) + QStringLiteral("rks"));
         click(w.cmdApply);
 
         // "a - b" cannot be read back from its entry: the Remove is refused.
@@ -178,8 +167,7 @@ private slots:
         QCOMPARE(dialogs->messages.size(), 3);
         QVERIFY(dialogs->messages.last().contains(QStringLiteral("'Hit - SpawnWeaponFire - 0 - 0 - a - b'")));
         QCOMPARE(w.document.lstWeaponResults, before);
-        QCOMPARE(rows(w.lstWeaponResults).size(), 3);
-
+        QCOMPARE(w.lstWeaponResults->count(), 3);
         const EditorDocument saved = saveAndRead();
         QCOMPARE(saved.lstWeaponResults, before);
         QCOMPARE(saved.WeaponResults[1].sSpawnedWeaponEffect, std::string("Sp\xe4rks"));
@@ -215,7 +203,7 @@ private slots:
         QCOMPARE(WeaponScriptText(w.document), WeaponScriptText(before));
         QCOMPARE(w.document.lstArmorFamilies, before.lstArmorFamilies);
         QCOMPARE(w.document.lstAccuracy, before.lstAccuracy);
-        QCOMPARE(rows(w.lstWeaponResults).size(), 2);
+        QCOMPARE(w.lstWeaponResults->count(), 2);
     }
 
     void penetration()
@@ -223,9 +211,8 @@ private slots:
         WepnEditor_Main &w = *window;
         click(w.cmdPenApply); // nothing selected: no change
         click(w.cmdAccApply);
-        QCOMPARE(w.document.lstArmorFamilies[0], std::string("Unarmoured - 1.5"));
-        QCOMPARE(w.document.lstAccuracy[0], std::string("Fighter - 0.7 - 0"));
-
+        QCOMPARE(w.document.lstArmorFamilies[0] + " & " + w.document.lstAccuracy[0],
+                 std::string("Unarmoured - 1.5 & Fighter - 0.7 - 0"));
         select(w.lstArmorFamilies, 3);
         QCOMPARE(w.txtPenetration->text(), QStringLiteral("0.35"));
         retype(w.txtPenetration, QStringLiteral("-010"));
@@ -236,7 +223,6 @@ private slots:
         click(w.cmdPenApply);
         QCOMPARE(dialogs->messages, QStringList{notANumber("Penetration Value", "")});
         QCOMPARE(w.document.lstArmorFamilies[3], std::string("HeavyArmour - 010"));
-
         const EditorDocument saved = saveAndRead();
         QCOMPARE(saved.FamilyPenetrations, w.document.FamilyPenetrations);
         QCOMPARE(saved.lstArmorFamilies[3], std::string("HeavyArmour - 10"));
@@ -268,7 +254,7 @@ private slots:
         QVERIFY(!w.chkAlwaysDMG->isChecked());
         retype(w.txtAccuracy, typed);
         if (tick)
-            QTest::mouseClick(w.chkAlwaysDMG, Qt::LeftButton);
+            click(w.chkAlwaysDMG);
         click(w.cmdAccApply);
         if (entry.isEmpty()) {
             QCOMPARE(dialogs->messages, QStringList{Messages::accuracyOutOfRange()});
@@ -308,7 +294,7 @@ private slots:
 
     void burstShots_data()
     {
-        QTest::addColumn<QString>("delayKeys"); // typed after "0.3" in Fire Delay
+        QTest::addColumn<QString>("delayKeys");  // typed after "0.3" in Fire Delay
         QTest::addColumn<QString>("lengthKeys"); // typed after "2" in Burst Length
         QTest::addColumn<QString>("shots");
         QTest::newRow("2 / 0.3") << "" << "" << "6.66666666666667";

@@ -13,11 +13,6 @@
 
 #include <functional>
 
-static QStringList split(const char *names)
-{
-    return QString::fromLatin1(names).split(QLatin1Char('|'));
-}
-
 class TestWepnEditorMain : public WindowTest
 {
     Q_OBJECT
@@ -25,32 +20,21 @@ class TestWepnEditorMain : public WindowTest
 private slots:
     void init() { startWindow(false); }
 
-    void dropDowns_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QStringList>("items");
-        QTest::addColumn<QString>("chosen"); // after start-up
-        QTest::newRow("activation") << "cboActivation" << split("Normal|Special Attack|Normal Only") << "";
-        QTest::newRow("fire axis") << "cboFireAxis" << split("Forward|Left|Up") << "";
-        for (const char *name : {"cboVelocityPredict", "cboCheckLOF", "cboShootSecondaries", "cboShootSurroundings",
-                                 "cboTrackDistantTargets"})
-            QTest::newRow(name) << QString::fromLatin1(name) << split("No|Yes") << "";
-        QTest::newRow("condition") << "cboCondition" << split("Hit|Miss") << "Hit";
-        QTest::newRow("effect") << "cboEffect" << split("DamageHealth|Disable|Push|SpawnWeaponFire") << "DamageHealth";
-    }
     void dropDowns()
     {
-        QFETCH(QString, name);
-        QFETCH(QStringList, items);
-        QFETCH(QString, chosen);
-        auto *combo = window->findChild<QComboBox *>(name);
-        QVERIFY(combo);
-        QVERIFY(!combo->isEditable());
-        QStringList shown;
-        for (int i = 0; i < combo->count(); ++i)
-            shown << combo->itemText(i);
-        QCOMPARE(shown, items);
-        QCOMPARE(combo->currentText(), chosen);
+        QStringList shown; // name=items=chosen, and whether one may type
+        for (const QComboBox *combo : window->findChildren<QComboBox *>()) {
+            QStringList items;
+            for (int i = 0; i < combo->count(); ++i)
+                items << combo->itemText(i);
+            shown << combo->objectName() + QLatin1Char('=') + items.join(QLatin1Char('|')) + QLatin1Char('=')
+                    + combo->currentText() + (combo->isEditable() ? QStringLiteral(" typed") : QString());
+        }
+        QCOMPARE(shown.join(QLatin1Char('\n')),
+                 QStringLiteral("cboWeaponEffects== typed\ncboActivation=Normal|Special Attack|Normal Only=\n"
+                                "cboFireAxis=Forward|Left|Up=\ncboVelocityPredict=No|Yes=\ncboCheckLOF=No|Yes=\n"
+                                "cboShootSecondaries=No|Yes=\ncboShootSurroundings=No|Yes=\ncboTrackDistantTargets=No|Yes=\n"
+                                "cboCondition=Hit|Miss=Hit\ncboEffect=DamageHealth|Disable|Push|SpawnWeaponFire=DamageHealth"));
     }
 
     void initialStates()
@@ -66,16 +50,13 @@ private slots:
             QCOMPARE(field->isEnabledTo(w.fraBasicStats), i != 5 && i != 6 && i != 7 && i != 16);
         }
         QVERIFY(!w.cboFireAxis->isEnabledTo(w.fraBasicStats));
-        QVERIFY(w.cboWeaponEffects->isEditable() && w.cboWeaponEffects->count() == 0);
-        for (const char *frame : {"fraBasicStats", "fraWeaponResults", "fraRotations", "fraTurretProperties",
-                                  "fraPenetration", "fraAccuracy"})
-            QVERIFY2(!w.findChild<QGroupBox *>(QLatin1String(frame))->isEnabled(), frame);
+        for (QGroupBox *frame : w.findChildren<QGroupBox *>())
+            QVERIFY2(!frame->isEnabled(), qPrintable(frame->objectName()));
+        QCOMPARE(w.findChildren<QGroupBox *>().size(), 6);
         QCOMPARE(w.fraRotations->title(), QStringLiteral("Firing Cone and Turret Rotation"));
-        for (const char *button : {"cmdRemove", "cmdAdd", "cmdApply"})
-            QVERIFY2(!w.findChild<QPushButton *>(QLatin1String(button))->isEnabledTo(&w), button);
+        QVERIFY(!w.cmdRemove->isEnabledTo(&w) && !w.cmdAdd->isEnabledTo(&w) && !w.cmdApply->isEnabledTo(&w));
         QVERIFY(w.cmdPenApply->isEnabledTo(w.fraPenetration) && w.cmdAccApply->isEnabledTo(w.fraAccuracy));
-        QVERIFY(!w.txtSpawnedWeaponEffect->isEnabledTo(w.fraWeaponResults));
-        QVERIFY(w.txtSpawnedWeaponEffect->text().isEmpty());
+        QVERIFY(!w.txtSpawnedWeaponEffect->isEnabledTo(w.fraWeaponResults) && w.txtSpawnedWeaponEffect->text().isEmpty());
         for (QLineEdit *field : {w.txtMinEffect, w.txtFiringArc, w.txtSlaveFireDelay, w.txtDefaultPenetration,
                                  w.txtPenetration, w.txtAccuracy})
             QCOMPARE(field->text(), QStringLiteral("0"));
@@ -86,24 +67,22 @@ private slots:
 
     void tabOrder()
     {
-        const QStringList expected = split(
-            "Value_0|Value_1|cboWeaponEffects|cboActivation|Value_3|Value_4|Value_5|Value_6|Value_7|cboFireAxis|"
-            "Value_8|cboVelocityPredict|cboCheckLOF|Value_9|Value_10|Value_11|Value_12|cboShootSecondaries|"
-            "cboShootSurroundings|Value_13|Value_14|Value_15|cboTrackDistantTargets|Value_16|lstWeaponResults|"
-            "cboCondition|cboEffect|txtMinEffect|txtMaxEffect|txtSpawnedWeaponEffect|cmdRemove|cmdAdd|cmdApply|"
-            "txtFiringArc|txtLeftRot|txtRightRot|txtDownRot|txtUpRot|txtBarrelRecoil|txtSlaveFireDelay|"
-            "txtFieldPenetration|txtDefaultPenetration|lstArmorFamilies|txtPenetration|cmdPenApply|lstAccuracy|"
-            "txtAccuracy|chkAlwaysDMG|cmdAccApply");
+        const QStringList expected = QStringLiteral(
+            "Value_0 Value_1 cboWeaponEffects cboActivation Value_3 Value_4 Value_5 Value_6 Value_7 cboFireAxis "
+            "Value_8 cboVelocityPredict cboCheckLOF Value_9 Value_10 Value_11 Value_12 cboShootSecondaries "
+            "cboShootSurroundings Value_13 Value_14 Value_15 cboTrackDistantTargets Value_16 lstWeaponResults "
+            "cboCondition cboEffect txtMinEffect txtMaxEffect txtSpawnedWeaponEffect cmdRemove cmdAdd cmdApply "
+            "txtFiringArc txtLeftRot txtRightRot txtDownRot txtUpRot txtBarrelRecoil txtSlaveFireDelay "
+            "txtFieldPenetration txtDefaultPenetration lstArmorFamilies txtPenetration cmdPenApply lstAccuracy "
+            "txtAccuracy chkAlwaysDMG cmdAccApply").split(QLatin1Char(' '));
         // The chain also passes through the toolkit's sub-widgets; keep the form's named controls.
         QStringList named;
         QWidget *widget = window->Value[0];
-        for (int steps = 0; steps < 200; ++steps) {
+        for (int steps = 0; steps < 200 && (steps == 0 || widget != window->Value[0]); ++steps) {
             if (widget->focusPolicy() & Qt::TabFocus && expected.contains(widget->objectName())
                 && !named.contains(widget->objectName()))
                 named << widget->objectName();
             widget = widget->nextInFocusChain();
-            if (widget == window->Value[0])
-                break;
         }
         QCOMPARE(named, expected);
     }
@@ -118,18 +97,14 @@ private slots:
                     + QLatin1Char('=') + (action->isSeparator() ? QStringLiteral("-") : action->text());
                 if (!action->shortcut().isEmpty())
                     item += QLatin1Char('=') + action->shortcut().toString(QKeySequence::PortableText);
-                if (!action->isEnabled())
-                    item += QStringLiteral(" off");
-                if (action->menu())
-                    item += QLatin1Char('{') + describe(action->menu()->actions()) + QLatin1Char('}');
-                items << item;
+                item += action->isEnabled() ? QString() : QStringLiteral(" off");
+                items << item + (action->menu() ? QLatin1Char('{') + describe(action->menu()->actions()) + QLatin1Char('}') : QString());
             }
             return items.join(QStringLiteral(", "));
         };
         QCOMPARE(describe(window->menuBar()->actions()),
                  QStringLiteral("File=&File{Open=&Open=Ctrl+O, Save=&Save As...=Ctrl+S off, sep01=-, Exit=E&xit=Ctrl+Q}, "
-                                "Settings=&Settings{ManageDirectories=&Manage Directories{DecompiledData=&Decompiled "
-                                "Data}}"));
+                                "Settings=&Settings{ManageDirectories=&Manage Directories{DecompiledData=&Decompiled Data}}"));
     }
 
     void fixedSizeWithoutMaximizeThenExit()

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // Settings > Manage Directories > Decompiled Data: the dialog, its check and what it stores.
-#include "Messages.h"
 #include "WindowFixture.h"
 #include "frmDecompiledDataDir.h"
 
@@ -11,60 +10,52 @@ class TestFrmDecompiledDataDir : public WindowTest
 {
     Q_OBJECT
 
-    QPointer<frmDecompiledDataDir> openDialog()
+    // The dialog opened from the menu with the text typed over what it shows.
+    QPointer<frmDecompiledDataDir> openDialog(const QString &typed = {})
     {
         window->DecompiledData->trigger();
         QPointer<frmDecompiledDataDir> dialog = window->directoryDialog();
-        if (!dialog || !QTest::qWaitForWindowExposed(dialog))
-            QTest::qFail("the dialog is not shown", __FILE__, __LINE__);
+        if (!dialog || !QTest::qWaitForWindowExposed(dialog) || !dialog->isEnabled() || window->isEnabled())
+            QTest::qFail("the dialog is not shown over a disabled window", __FILE__, __LINE__);
+        else if (!typed.isEmpty())
+            dialog->txtDataDir->setText(typed);
         return dialog;
     }
 
 private slots:
     void init() { startWindow(false, true); }
 
-    void showsTheStoredFolderWhenItExists_data()
+    void showsTheStoredFolderOnlyWhenItExists()
     {
-        QTest::addColumn<bool>("exists");
-        QTest::newRow("stored folder exists") << true;
-        QTest::newRow("stored folder missing") << false;
-    }
-    void showsTheStoredFolderWhenItExists()
-    {
-        QFETCH(bool, exists);
-        const QString stored = exists ? data : dir.filePath(QStringLiteral("Gone"));
-        settings->setValue(kDataDirSetting, stored);
-        window->Form_Load();
-        QPointer<frmDecompiledDataDir> dialog = openDialog();
-        QVERIFY(dialog && dialog->isEnabled());
-        QVERIFY(!window->isEnabled());
-        QCOMPARE(dialog->windowTitle(), QStringLiteral("Manage Directories"));
-        QCOMPARE(dialog->txtDataDir->text(), exists ? stored : kDefaultDataDir);
+        for (const QString &stored : {data, dir.filePath(QStringLiteral("Gone"))}) {
+            settings->setValue(kDataDirSetting, stored);
+            window->Form_Load();
+            QPointer<frmDecompiledDataDir> dialog = openDialog();
+            QCOMPARE(dialog->windowTitle(), QStringLiteral("Manage Directories"));
+            QCOMPARE(dialog->txtDataDir->text(), stored == data ? data : kDefaultDataDir);
+            QVERIFY(dialog->close());
+            QTRY_VERIFY(dialog.isNull());
+        }
     }
 
     void missingFolderIsRefused()
     {
-        QPointer<frmDecompiledDataDir> dialog = openDialog();
         const QString typed = dir.filePath(QStringLiteral("NoSuchFolder"));
-        dialog->txtDataDir->setText(typed);
+        QPointer<frmDecompiledDataDir> dialog = openDialog(typed);
         QTest::mouseClick(dialog->cmdOK, Qt::LeftButton);
-        QCOMPARE(dialogs->messages, QStringList{Messages::folderNotFound()});
-        QCOMPARE(Messages::folderNotFound(), QStringLiteral("That folder does not exist, please try again."));
-        QVERIFY(dialog->isVisible());
+        QCOMPARE(dialogs->messages, QStringList{QStringLiteral("That folder does not exist, please try again.")});
+        QVERIFY(dialog->isVisible() && !window->isEnabled());
         QCOMPARE(dialog->txtDataDir->text(), typed);
         QVERIFY(!settings->contains(kDataDirSetting));
-        QVERIFY(!window->isEnabled());
     }
 
     void existingFolderIsStoredAsTyped()
     {
-        QPointer<frmDecompiledDataDir> dialog = openDialog();
         const QString typed = data + QLatin1Char('/');
-        dialog->txtDataDir->setText(typed);
+        QPointer<frmDecompiledDataDir> dialog = openDialog(typed);
         QTest::mouseClick(dialog->cmdOK, Qt::LeftButton);
         QCOMPARE(dialogs->messages, QStringList());
         QCOMPARE(settings->value(kDataDirSetting).toString(), typed);
-        QCOMPARE(PathText::toQString(window->strDataDir), typed);
         QCOMPARE(PathText::toQString(window->strFLFile), typed + QStringLiteral("/Scripts/familylist.lua"));
         QVERIFY(window->isEnabled());
         QTRY_VERIFY(dialog.isNull()); // unloaded
@@ -72,15 +63,13 @@ private slots:
 
     void closeBoxStoresNothing()
     {
-        QPointer<frmDecompiledDataDir> dialog = openDialog();
-        dialog->txtDataDir->setText(data);
+        QPointer<frmDecompiledDataDir> dialog = openDialog(data);
         QVERIFY(dialog->close());
         QVERIFY(!settings->contains(kDataDirSetting));
         QCOMPARE(PathText::toQString(window->strDataDir), kDefaultDataDir);
         QVERIFY(window->isEnabled());
         QTRY_VERIFY(dialog.isNull());
-        dialog = openDialog(); // loaded afresh
-        QCOMPARE(dialog->txtDataDir->text(), kDefaultDataDir);
+        QCOMPARE(openDialog()->txtDataDir->text(), kDefaultDataDir); // loaded afresh
     }
 };
 
