@@ -149,6 +149,24 @@ TEST_F(CliTest, FolderArgumentTakesEveryWepnBelowItSortedByPath)
     EXPECT_EQ(std::distance(std::filesystem::recursive_directory_iterator(dir.path() + "/Mods"), {}), 5);
 }
 
+TEST_F(CliTest, InPlaceBatchesGiveEachFileItsOwnContent)
+{
+    // Two full batches, so the second is saved in the files that the first replaced.
+    std::vector<std::string> scripts;
+    for (int i = 0; i < 512; ++i) {
+        const std::string angles = "setAngles(NewWeaponType," + std::to_string(i) + ",-90,90,-5,60)";
+        scripts.push_back(dir.write("Weapon/" + std::to_string(i) + ".wepn", "-- note\r\n" + edited(5, angles)));
+    }
+    std::filesystem::create_hard_link(scripts[0], dir.path() + "/Linked.wepn");
+    const Outcome result = run({"normalize", "--in-place", "--data-dir", dataDir, dir.path() + "/Weapon"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    for (int i = 0; i < 512; ++i)
+        EXPECT_EQ(readFile(scripts[static_cast<std::size_t>(i)]),
+                  edited(5, "setAngles(NewWeaponType," + std::to_string(i) + ",-90,90,-5,60)"));
+    EXPECT_EQ(readFile(dir.path() + "/Linked.wepn").substr(0, 9), "-- note\r\n");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path() + "/Weapon"), {}), 512);
+}
+
 struct FindingCase
 {
     const char *name;

@@ -126,3 +126,42 @@ TEST_F(AtomicFileTest, FullDisk)
     EXPECT_EQ(contentOf(full), "old\r\n");
     EXPECT_EQ(namesIn(disk), std::vector<std::string>{"Weapon.wepn"});
 }
+
+TEST_F(AtomicFileTest, BatchesRecycleOnlyFilesThatNoOtherPathShows)
+{
+    // Replaced files are rewritten for later targets: each target must get its own bytes, cut to
+    // length, with its own permissions and a new owner, and a hard link elsewhere never changes.
+    std::vector<fs::path> files;
+    for (std::size_t i = 0; i < 12; ++i) {
+        files.push_back(folder / (std::to_string(i) + ".wepn"));
+        ASSERT_EQ(AtomicFile::write(files[i].string(), "old"), std::nullopt);
+        ASSERT_EQ(::chmod(files[i].c_str(), i % 2 ? 0600 : 0644), 0);
+    }
+    fs::create_hard_link(files[0], folder / "Linked.wepn");
+    if (::geteuid() == 0) {
+        ASSERT_EQ(::chown(files[1].c_str(), 4321, 4321), 0);
+    }
+    const auto bytes = [](std::size_t round, std::size_t i) {
+        std::string text = std::to_string(round) + "/" + std::to_string(i);
+        return text.append(i * 7 % 12 * round * 500, 'x');
+    };
+    {
+        AtomicFile::Batch batch;
+        for (std::size_t round = 1; round <= 3; ++round) {
+            for (std::size_t i = 0; i < files.size(); ++i) {
+                ASSERT_EQ(batch.stage(files[i].string(), bytes(round, i)), std::nullopt);
+            }
+            for (const auto &failure : batch.commit())
+                EXPECT_EQ(failure, std::nullopt);
+            for (std::size_t i = 0; i < files.size(); ++i) {
+                EXPECT_EQ(contentOf(files[i]), bytes(round, i)) << files[i];
+                struct stat info {};
+                ASSERT_EQ(::stat(files[i].c_str(), &info), 0);
+                EXPECT_EQ(info.st_mode & 07777, i % 2 ? 0600u : 0644u) << files[i];
+                EXPECT_EQ(info.st_uid, ::geteuid()) << files[i];
+            }
+            EXPECT_EQ(contentOf(folder / "Linked.wepn"), "old");
+        }
+    }
+    EXPECT_EQ(namesIn(folder).size(), 14u); // the files, Linked.wepn and Weapon.wepn: no spares
+}
