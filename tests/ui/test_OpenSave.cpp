@@ -179,6 +179,21 @@ private slots:
                          : QStringLiteral("Alpha - N|Beta - N"));
             QCOMPARE(rows(w.document.lstArmorFamilies), rows(w.lstArmorFamilies));
         }
+        // The loaded script's family values still belong to the refilled lists after a plain
+        // cancel, and are saved as they were; after the family list changed they no longer do.
+        if (loaded && (fault == QLatin1String("cancel") || fault == QLatin1String("broken familylist"))) {
+            const bool refused = fault == QLatin1String("broken familylist");
+            const QString target = dir.filePath(QStringLiteral("after-failed-open.wepn"));
+            dialogs->messages.clear();
+            save(target);
+            QCOMPARE(dialogs->messages, QStringList{refused ? Messages::familiesOutOfStep() : Messages::savedTo(target)});
+            QCOMPARE(QFile::exists(target), !refused);
+            if (!refused) {
+                const std::optional<EditorDocument> read = readBack(weapon(QStringLiteral("SwarmMissile")));
+                QVERIFY(read);
+                QCOMPARE(fileBytes(target), QByteArray::fromStdString(WeaponScriptText(*read)));
+            }
+        }
     }
 
     void failuresAfterTheDialog_data()
