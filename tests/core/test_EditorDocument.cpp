@@ -27,14 +27,6 @@ TEST(EntryTextTest, ResultEntriesRoundTrip)
     EXPECT_FALSE(ResultFromEntryText("Hit - Push - x - 2 - ").has_value());
 }
 
-TEST(EntryTextTest, FamilyRecordsFromEntries)
-{
-    EXPECT_EQ(PenetrationFromEntryText("Alpha - 010"), (FamilyPenetration{"Alpha", 10}));
-    EXPECT_EQ(AccuracyFromEntryText("Beta - .5 - 2"), (FamilyAccuracy{"Beta", 0.5, 2}));
-    EXPECT_FALSE(PenetrationFromEntryText("Alpha - N").has_value());
-    EXPECT_FALSE(AccuracyFromEntryText("Beta - 0.5").has_value());
-}
-
 namespace {
 
 EditorDocument documentWithResults(const std::vector<WeaponResult> &results)

@@ -69,17 +69,6 @@ TEST(KorvathWeaponTest, QuotedPiecesKeepOnlyTheQuotedText)
               "1.5,2.5,3.5,1,0,10,20,0.3,\"shield\",1,1E-05,0)");
 }
 
-TEST(KorvathWeaponTest, IntegerPiecesRoundHalfToEven)
-{
-    std::string line = kStatement;
-    // Pieces 10 (fire axis) and 11 (max effects) of the statement are "0,0," after "0,0,0,".
-    line.replace(line.find(",0,0,1,1,"), 9, ",1.5,2.5,1,1,");
-    KorvathWeapon weapon = grabbed(line);
-    ASSERT_EQ(weapon.intError, 0) << weapon.lastError();
-    EXPECT_EQ(weapon.iWeaponFireAxis, 2);
-    EXPECT_EQ(weapon.iMaxEffectsSpawned, 2);
-}
-
 TEST(KorvathWeaponTest, StatementItCannotTakeSetsTheErrorAndKeepsTheFields)
 {
     KorvathWeapon weapon = grabbed(kStatement);

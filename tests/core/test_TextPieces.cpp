@@ -23,10 +23,3 @@ TEST(TextPiecesTest, LinesEndAtCrLfLoneLfAndLoneCr)
     EXPECT_EQ(splitLines("\r\n"), (V{""}));
     EXPECT_EQ(splitLines(std::string("x\0y\xe9", 4)), (V{std::string("x\0y\xe9", 4)}));
 }
-
-TEST(TextPiecesTest, CaseInsensitiveSearchIsAsciiOnly)
-{
-    EXPECT_TRUE(TextPieces::containsNoCase("  SETANGLES(x", "setangles"));
-    EXPECT_FALSE(TextPieces::containsNoCase("set angles", "setangles"));
-    EXPECT_EQ(TextPieces::toLower("AbC\xC9"), "abc\xC9");
-}
