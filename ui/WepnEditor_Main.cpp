@@ -22,6 +22,8 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QStyleOptionGroupBox>
+#include <QStylePainter>
 #include <QSettings>
 
 #include <limits>
@@ -274,6 +276,29 @@ void styleLabel(QLabel *label, QColor foreground, QColor background)
     setColours(label, {{QPalette::WindowText, foreground}, {QPalette::Window, background}});
 }
 
+// A frame whose caption alone is bold. A bold frame font would pass to every control inside, and
+// setting each of them back to plain costs a font change event per control at start-up.
+class Frame : public QGroupBox
+{
+public:
+    Frame(const QString &caption, QWidget *parent)
+        : QGroupBox(caption, parent)
+    {}
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QFont bold = font();
+        bold.setBold(true);
+        QStylePainter painter(this);
+        QStyleOptionGroupBox option;
+        initStyleOption(&option);
+        option.fontMetrics = QFontMetrics(bold);
+        painter.setFont(bold);
+        painter.drawComplexControl(QStyle::CC_GroupBox, option);
+    }
+};
+
 QLineEdit *makeLineEdit(QWidget *parent)
 {
     auto *edit = new QLineEdit(parent);
@@ -365,10 +390,7 @@ void WepnEditor_Main::buildForm()
     client->setFixedSize(px(12360), px(8985));
     setCentralWidget(client);
 
-    // Weight set explicitly: a weight left unset would be taken from the bold frame caption.
-    QFont plain = font();
-    plain.setBold(false);
-    QFont bold = plain;
+    QFont bold = font();
     bold.setBold(true);
 
     std::vector<QWidget *> tabOrder;
@@ -381,7 +403,6 @@ void WepnEditor_Main::buildForm()
                         std::string_view fieldName) {
         auto *label = new QLabel(text(caption), frame);
         label->setGeometry(place);
-        label->setFont(plain);
         if (!tip.empty())
             label->setToolTip(text(tip));
         if (fieldName == "Value_11") {
@@ -418,7 +439,6 @@ void WepnEditor_Main::buildForm()
             field = combo;
         }
         field->setGeometry(place);
-        field->setFont(plain);
         styleField(field, row.kind == Kind::ReadOnly);
         field->setEnabled(row.state == State::Enabled);
         add(field, row.name);
@@ -436,9 +456,8 @@ void WepnEditor_Main::buildForm()
     };
 
     for (const FrameSpec &entry : kFrames) {
-        auto *frame = new QGroupBox(text(entry.caption), client);
+        auto *frame = new Frame(text(entry.caption), client);
         frame->setGeometry(twipRect(entry.left, entry.top, kFrameWidth, entry.height));
-        frame->setFont(bold);
         setColours(frame, {{QPalette::WindowText, kCaption}});
         frame->setEnabled(false);
         add(frame, entry.name);
@@ -447,7 +466,6 @@ void WepnEditor_Main::buildForm()
             auto *heading = new QLabel(text(entry.heading), frame);
             heading->setObjectName(text(entry.name.substr(3)).prepend(QStringLiteral("lbl")) + QStringLiteral("Heading"));
             heading->setGeometry(twipRect(120, entry.headingTop, 3735, 255));
-            heading->setFont(plain);
             styleLabel(heading, Qt::white, Qt::black);
         }
         if (entry.listBeforeRows)
@@ -475,7 +493,6 @@ void WepnEditor_Main::buildForm()
         if (entry.checkBox) {
             auto *check = new QCheckBox(QStringLiteral("Always Causes Damage"), frame);
             check->setGeometry(twipRect(120, 3840, 2175, 255));
-            check->setFont(plain);
             check->setAutoFillBackground(true);
             setColours(check, {{QPalette::Window, kControlFace},
                                {QPalette::WindowText, QApplication::palette().color(QPalette::WindowText)}});
@@ -485,7 +502,6 @@ void WepnEditor_Main::buildForm()
         for (const Button &item : entry.buttons) {
             auto *button = new QPushButton(text(item.caption), frame);
             button->setGeometry(twipRect(item.left, item.top, item.width, 495));
-            button->setFont(plain);
             if (!item.tip.empty())
                 button->setToolTip(text(item.tip));
             setColours(button, {{QPalette::Button, kControlFace}});
