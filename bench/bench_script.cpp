@@ -46,7 +46,7 @@ void BM_OpenScript(benchmark::State &state)
         EditorDocument document = prepared;
         const ReadResult result = OpenWeaponScript(document, script);
         if (!result.completed())
-            state.SkipWithError(result.message.c_str());
+            state.SkipWithError(result.message().c_str());
         benchmark::DoNotOptimize(document);
     }
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * script.size()));

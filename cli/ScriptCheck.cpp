@@ -83,7 +83,7 @@ private:
         const ReadResult result = OpenWeaponScript(document, bytes);
         m_read = result.completed();
         if (!m_read) {
-            m_findings.push_back({result.line, true, ReadFailureText(result)});
+            m_findings.push_back({result.line, true, result.reason});
             return;
         }
         m_fireType = document.Weapon.sWeaponFireType;
@@ -280,12 +280,6 @@ private:
 };
 
 } // namespace
-
-std::string ReadFailureText(const ReadResult &result)
-{
-    const std::string prefix = "Line " + std::to_string(result.line) + ": ";
-    return result.message.starts_with(prefix) ? result.message.substr(prefix.size()) : result.message;
-}
 
 std::vector<Finding> CheckWeaponScript(std::string_view bytes, const FamilyList &families)
 {

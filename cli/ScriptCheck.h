@@ -20,6 +20,3 @@ struct Finding
 // change or drop (warnings), sorted by line. The script is opened as the editor opens it, with
 // the given family list, in a fresh document.
 std::vector<Finding> CheckWeaponScript(std::string_view bytes, const FamilyList &families);
-
-// The reader's message without its "Line N: " start, which the FILE:LINE: location replaces.
-std::string ReadFailureText(const ReadResult &result);

@@ -114,7 +114,7 @@ std::optional<std::string> normalise(const std::string &path, const FamilyList &
     document.setFamilies(families.armourFamilies, families.attackFamilies);
     const ReadResult result = OpenWeaponScript(document, bytes);
     if (!result.completed())
-        return location(path, result.line) + "error: " + ReadFailureText(result);
+        return location(path, result.line) + "error: " + result.reason;
     text = WeaponScriptText(document);
     return std::nullopt;
 }
@@ -232,8 +232,7 @@ int main(int argc, char **argv)
         std::fputs(kUsage, stdout);
         return 0;
     case CommandLine::Command::Version:
-        printLine(stdout, "vantorel-cli " + std::to_string(AppInfo::kMajor) + '.' + std::to_string(AppInfo::kMinor)
-                              + '.' + std::to_string(AppInfo::kRevision));
+        printLine(stdout, "vantorel-cli " + AppInfo::versionText());
         return 0;
     case CommandLine::Command::Normalize:
     case CommandLine::Command::Check:

@@ -12,11 +12,16 @@ inline constexpr int kMajor = 1;
 inline constexpr int kMinor = 4;
 inline constexpr int kRevision = 3;
 
+// "1.4.3".
+inline std::string versionText()
+{
+    return std::to_string(kMajor) + '.' + std::to_string(kMinor) + '.' + std::to_string(kRevision);
+}
+
 // "Vantorel 1.4.3": the caption after start-up.
 inline std::string startupCaption()
 {
-    return std::string(kTitle) + ' ' + std::to_string(kMajor) + '.' + std::to_string(kMinor) + '.'
-           + std::to_string(kRevision);
+    return std::string(kTitle) + ' ' + versionText();
 }
 
 // "Vantorel v1.4 - Foo.wepn": the caption after Open and Save As.

@@ -49,7 +49,7 @@ std::optional<std::string> roundTrip(std::string_view bytes, const Families &arm
     second.setFamilies(armour, attack);
     const ReadResult again = OpenWeaponScript(second, written);
     if (!again.completed())
-        return "The written script does not open again: " + again.message + "\n--- written:\n" + written;
+        return "The written script does not open again: " + again.message() + "\n--- written:\n" + written;
     const std::string rewritten = WeaponScriptText(second);
     if (rewritten != written)
         return "The second output differs from the first.\n--- first:\n" + written + "\n--- second:\n" + rewritten;

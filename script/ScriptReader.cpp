@@ -353,7 +353,7 @@ ReadResult ReadWeaponScript(EditorDocument &document, std::string_view bytes)
     commentPass(document.strScriptLines);
     if (const std::optional<std::size_t> index = startWeaponConfigPass(document)) {
         const int line = static_cast<int>(*index + 1);
-        return {ReadOutcome::Abandoned, line, "Line " + intText(line) + ": " + document.Weapon.lastError()};
+        return {ReadOutcome::Abandoned, line, document.Weapon.lastError()};
     }
     try {
         addWeaponResultPass(document);
@@ -363,7 +363,7 @@ ReadResult ReadWeaponScript(EditorDocument &document, std::string_view bytes)
         accuracyPass(document);
     } catch (const LineFailure &failure) {
         const int line = static_cast<int>(failure.index + 1);
-        return {ReadOutcome::Failed, line, "Line " + intText(line) + ": " + failure.message};
+        return {ReadOutcome::Failed, line, failure.message};
     }
     return {};
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "EditorDocument.h"
+#include "NumberText.h"
 
 #include <string>
 #include <string_view>
@@ -15,10 +16,12 @@ enum class ReadOutcome { Completed, Abandoned, Failed };
 struct ReadResult
 {
     ReadOutcome outcome = ReadOutcome::Completed;
-    int line = 0;        // 1-based line of the script the message is about; 0 for the whole file
-    std::string message; // for a mod author, e.g. "Line 12: setAngles needs 5 numbers but has 3"
+    int line = 0;       // 1-based line of the script the reason is about; 0 for the whole file
+    std::string reason; // e.g. "setAngles needs 5 numbers but has 3"
 
     bool completed() const { return outcome == ReadOutcome::Completed; }
+    // The reason for a mod author, with its line: "Line 12: setAngles needs 5 numbers but has 3".
+    std::string message() const { return line > 0 ? "Line " + NumberText::intText(line) + ": " + reason : reason; }
 };
 
 // Reads a whole script into the document. Precondition: lstArmorFamilies and lstAccuracy hold

@@ -104,7 +104,7 @@ void WepnEditor_Main::Open_Click()
         return abandon();
     if (read.outcome == ReadOutcome::Failed) {
         dialogs().message(Messages::cannotOpen(PathText::toQString(document.strWEPNFile),
-                                               Latin1::toQString(read.message)),
+                                               Latin1::toQString(read.message())),
                           {});
         return abandon();
     }

@@ -115,7 +115,7 @@ TEST(ScriptReaderTest, AbandonedReadKeepsTheRecordAndTheResetDocument)
     const ReadResult result = read(document, {"-- c", "StartWeaponConfig(x,\"Fixed\",\"Bullet\")", "setAngles(x,9,9,9,9,9)"});
     EXPECT_EQ(result.outcome, ReadOutcome::Abandoned);
     EXPECT_EQ(result.line, 2);
-    EXPECT_EQ(result.message, "Line 2: " + document.Weapon.lastError());
+    EXPECT_EQ(result.message(), "Line 2: " + document.Weapon.lastError());
     EXPECT_EQ(document.Weapon.SWCString(), before.SWCString());
     EXPECT_EQ(document.fFiringArc, 1);
     EXPECT_TRUE(document.lstWeaponResults.empty());
@@ -142,7 +142,7 @@ TEST_P(FailedReadTest, NamesTheLineTheStatementAndTheText)
     const ReadResult result = ReadWeaponScript(document, GetParam().bytes);
     EXPECT_EQ(result.outcome, ReadOutcome::Failed);
     EXPECT_EQ(result.line, GetParam().line);
-    EXPECT_EQ(result.message, GetParam().message);
+    EXPECT_EQ(result.message(), GetParam().message);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -167,7 +167,7 @@ TEST(ScriptReaderTest, OpenAndFileReadFailures)
     const std::string missing = (std::filesystem::temp_directory_path() / "vantorel-no-such.wepn").string();
     const ReadResult result = ReadWeaponScriptFile(document, missing);
     EXPECT_EQ(result.outcome, ReadOutcome::Failed);
-    EXPECT_EQ(result.message, "Cannot read '" + missing + "': No such file or directory");
+    EXPECT_EQ(result.message(), "Cannot read '" + missing + "': No such file or directory");
     const std::string folder = std::filesystem::temp_directory_path().string();
-    EXPECT_EQ(ReadWeaponScriptFile(document, folder).message, "Cannot read '" + folder + "': Is a directory");
+    EXPECT_EQ(ReadWeaponScriptFile(document, folder).message(), "Cannot read '" + folder + "': Is a directory");
 }

@@ -55,7 +55,7 @@ TEST(ScriptWriterTest, ExampleIsWrittenByteForByteAndReadBackWithEveryValue)
     EditorDocument read;
     read.setFamilies({"Alpha", "Beta"}, {"Alpha", "Beta"});
     const ReadResult result = OpenWeaponScript(read, fileBytes(path));
-    ASSERT_TRUE(result.completed()) << result.message;
+    ASSERT_TRUE(result.completed()) << result.message();
     EXPECT_EQ(read.Weapon.SWCString(), written.Weapon.SWCString());
     EXPECT_EQ(read.WeaponResults, written.WeaponResults);
     EXPECT_EQ(read.lstWeaponResults, written.lstWeaponResults);

@@ -24,7 +24,7 @@ private slots:
                       "setAngles(NewWeaponType,10,-90,90,-5,60)\r\n"
                       "setPenetration(NewWeaponType,5,1.5,\r\n{Alpha=0.5,})\r\n"
                       "setAccuracy(NewWeaponType,1,\r\n{Fighter=0.7, damage=1,})\r\nkeepMe(NewWeaponType)\r\n");
-        QVERIFY2(read.completed(), read.message.c_str());
+        QVERIFY2(read.completed(), read.message().c_str());
         // The reader filled the families already; the window must fill those still marked "N".
         document.lstArmorFamilies = {"Alpha - 0.5", "Beta - N"};
         document.lstAccuracy = {"Fighter - 0.7 - 1", "Bomber - N"};
