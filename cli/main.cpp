@@ -8,12 +8,11 @@
 #include "EditorDocument.h"
 #include "FamilyList.h"
 #include "GamePaths.h"
+#include "PathText.h"
 #include "ScriptCheck.h"
 #include "ScriptReader.h"
 #include "ScriptWriter.h"
 #include "TextPieces.h"
-
-#include <QFile>
 
 #include <algorithm>
 #include <cstdio>
@@ -79,7 +78,7 @@ std::string dataDirectory(const CommandLine &commandLine)
     if (commandLine.dataDir)
         return *commandLine.dataDir;
     const auto settings = DataDirectorySetting::userSettings();
-    return QFile::encodeName(DataDirectorySetting::load(*settings)).toStdString();
+    return PathText::toBytes(DataDirectorySetting::load(*settings));
 }
 
 // The same checks and the same reading as the editor's Open before it asks for a script.
