@@ -3,7 +3,7 @@
 # Usage: tools/install-deps.sh [extra-package...]
 set -euo pipefail
 
-packages=(cmake make g++ qt6-base-dev libgl-dev libgtest-dev libgmock-dev libbenchmark-dev fonts-dejavu-core locales-all "$@")
+packages=(cmake make g++ qt6-base-dev libgl-dev libgtest-dev libgmock-dev libbenchmark-dev liblua5.4-dev fonts-dejavu-core locales-all "$@")
 
 missing=()
 for package in "${packages[@]}"; do

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+#include "GameView.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+namespace {
+
+TEST(GameView, RecordsEveryCallWithItsLineAndEvaluatedArguments)
+{
+    const GameView::Run run = GameView::RunScript(
+        "-- a comment\r\n"
+        "setAngles(NewWeaponType, 2000*1.1, -90, 70/2, .15/1900.0, 0);\n"
+        "setPenetration(NewWeaponType,5,\n  1,{Beta=0.5, Alpha=0.60});\r"
+        "setMissileKiller(NewWeaponType, \"Fast\", 3, true)\n");
+    ASSERT_TRUE(run.ok) << run.reason;
+    ASSERT_EQ(run.calls.size(), 3u);
+    EXPECT_EQ(run.calls[0].name, "setAngles");
+    EXPECT_EQ(run.calls[0].line, 2);
+    EXPECT_EQ(GameView::valueText(run.calls[0].arguments[0]), "NewWeaponType");
+    EXPECT_EQ(run.calls[0].arguments[1].number, 2000 * 1.1);
+    EXPECT_EQ(run.calls[0].arguments[3].number, 35);
+    EXPECT_EQ(run.calls[1].line, 3);
+    EXPECT_EQ(GameView::valueText(run.calls[1].arguments[3]), "{Alpha=0.6, Beta=0.5}");
+    EXPECT_EQ(run.calls[2].line, 5);
+    EXPECT_EQ(GameView::valueText(run.calls[2].arguments[1]), "\"Fast\"");
+    EXPECT_EQ(GameView::valueText(run.calls[2].arguments[3]), "true");
+}
+
+struct Refused
+{
+    const char *name;
+    std::string script;
+    int line;
+    const char *reason;
+};
+
+class GameViewRefuses : public testing::TestWithParam<Refused> {};
+
+// Each ends quickly with its line and reason, and nothing of the machine is reachable.
+TEST_P(GameViewRefuses, WithLineAndReasonWithinMilliseconds)
+{
+    const auto start = std::chrono::steady_clock::now();
+    const GameView::Run run = GameView::RunScript(GetParam().script);
+    const auto took = std::chrono::steady_clock::now() - start;
+    EXPECT_FALSE(run.ok);
+    EXPECT_EQ(run.line, GetParam().line);
+    EXPECT_EQ(run.reason, GetParam().reason);
+    EXPECT_LT(took, std::chrono::milliseconds(100));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Hostile, GameViewRefuses,
+    testing::Values(
+        Refused{"EndlessLoop", "setAngles(NewWeaponType,1,2,3,4,5)\nwhile true do end", 2,
+                "runs too long (more than 1 million instructions)"},
+        Refused{"HugeAllocation", "local s = 'x'\nwhile true do s = s .. s end", 2,
+                "uses too much memory (more than 16 MB)"},
+        Refused{"DeepRecursion", "local function f() return 1 + f() end\nf()", 1,
+                "nests calls too deeply (more than 10000 levels)"},
+        Refused{"EndlessCalls", "while true do setAngles(NewWeaponType) end", 1,
+                "makes too many calls or passes too much data"},
+        Refused{"Precompiled", std::string("\x1bLua\x54\x00", 6), 0,
+                "attempt to load a binary chunk (mode is 't')"},
+        Refused{"NotLua", "setAngles(NewWeaponType,1,2\n{Alpha=1}}", 2, "')' expected (to close '(' at line 1) near '{'"},
+        Refused{"NoLibraries", "os.exit(1)", 1, "attempt to index a function value (global 'os')"},
+        Refused{"NoStringMethods", "local s = ('x'):rep(10)", 1, "attempt to index a string value (constant 'x')"}),
+    [](const testing::TestParamInfo<Refused> &info) { return info.param.name; });
+
+} // namespace
