@@ -67,7 +67,8 @@ int longBracketLevel(std::string_view text, std::size_t pos)
 // The end of the long bracket that opens at pos (past its closing bracket), or npos.
 std::size_t longBracketEnd(std::string_view text, std::size_t pos, int level)
 {
-    const std::string closing = "]" + std::string(static_cast<std::size_t>(level), '=') + "]";
+    std::string closing(static_cast<std::size_t>(level) + 2, '=');
+    closing.front() = closing.back() = ']';
     const std::size_t found = text.find(closing, pos + static_cast<std::size_t>(level) + 2);
     return found == std::string_view::npos ? found : found + closing.size();
 }
