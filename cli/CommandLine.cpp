@@ -9,6 +9,9 @@ const char *const kUsage =
     "                                                           would change; change nothing\n"
     "  vantorel-cli --help | --version\n"
     "\n"
+    "--read=game reads each script as the game does and keeps its text: normalize writes the input's\n"
+    "own bytes and check reports only what a save in that mode would change. --read=editor (the\n"
+    "default) reads the editor's dialect and saves the normalised form.\n"
     "A FILE may be a folder: every .wepn file below it, sorted by path. The data directory is DIR,\n"
     "else the editor's stored setting, else its default; its Scripts/familylist.lua gives the families.\n"
     "Normalised means the bytes the editor writes when the script is opened and saved unchanged.\n"
@@ -51,6 +54,8 @@ CommandLine ParseCommandLine(const std::vector<std::string> &arguments)
             return line;
         } else if (argument == "--in-place" && line.command == CommandLine::Command::Normalize) {
             line.inPlace = true;
+        } else if (argument == "--read=editor" || argument == "--read=game") {
+            line.reading = argument == "--read=game" ? CommandLine::Reading::Game : CommandLine::Reading::Editor;
         } else if (argument == "--data-dir") {
             if (i + 1 == arguments.size())
                 return fail("--data-dir needs a directory");

@@ -12,6 +12,10 @@ struct CommandLine
 
     Command command = Command::Help;
     bool inPlace = false;
+    // How scripts are read: in the editor's dialect (saved normalised) or as the game reads them
+    // (saved in their own text). --read=editor or --read=game.
+    enum class Reading { Editor, Game };
+    Reading reading = Reading::Editor;
     std::optional<std::string> dataDir;
     std::vector<std::string> files;
     // Set when the arguments are no valid command line; the program then exits with status 2.

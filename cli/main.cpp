@@ -7,6 +7,7 @@
 #include "DataDirectorySetting.h"
 #include "EditorDocument.h"
 #include "FamilyList.h"
+#include "GameReading.h"
 #include "GamePaths.h"
 #include "PathText.h"
 #include "ScriptCheck.h"
@@ -104,24 +105,27 @@ bool loadFamilies(const std::string &dataDir, FamilyList &families)
 
 // Open then Save As without a change, in a fresh document as after the editor's start. Gives
 // the reason, in the FILE:LINE: form, when the script cannot be read or opened.
+// Read as the game reads it, the script saves its own text, so the output is the input's bytes.
 std::optional<std::string> normalise(const std::string &path, const FamilyList &families, std::string &bytes,
-                                     std::string &text)
+                                     std::string &text, CommandLine::Reading reading = CommandLine::Reading::Editor)
 {
     if (const auto error = AtomicFile::read(path, bytes))
         return location(path, 0) + "error: " + *error;
     EditorDocument document;
     document.setFamilies(families.armourFamilies, families.attackFamilies);
-    const ReadResult result = OpenWeaponScript(document, bytes);
+    GameReading::GameScript script;
+    const bool game = reading == CommandLine::Reading::Game;
+    const ReadResult result = game ? GameReading::OpenGameScript(document, bytes, script) : OpenWeaponScript(document, bytes);
     if (!result.completed())
         return location(path, result.line) + "error: " + result.reason;
-    text = WeaponScriptText(document);
+    text = game ? GameReading::SaveGameScript(script, document).bytes : WeaponScriptText(document);
     return std::nullopt;
 }
 
-int normaliseToOutput(const std::string &path, const FamilyList &families)
+int normaliseToOutput(const std::string &path, const FamilyList &families, CommandLine::Reading reading)
 {
     std::string bytes, text;
-    if (const auto error = normalise(path, families, bytes, text)) {
+    if (const auto error = normalise(path, families, bytes, text, reading)) {
         failure(*error);
         return kExitFailure;
     }
@@ -135,7 +139,7 @@ int normaliseToOutput(const std::string &path, const FamilyList &families)
 // Scripts are saved a batch at a time, with one disk sync per batch; the files a batch replaces
 // are rewritten for the next one. A batch's commit, which mostly waits on the disk, runs while the
 // next batch is read and normalised.
-int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &families)
+int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &families, CommandLine::Reading reading)
 {
     constexpr std::size_t kBatch = 256;
     AtomicFile::Batch saver;
@@ -165,7 +169,7 @@ int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &
         std::vector<std::optional<std::string>> batchErrors(count);
         std::vector<std::pair<std::size_t, std::string>> texts;
         for (std::size_t i = 0; i < count; ++i) {
-            batchErrors[i] = normalise(scripts[first + i], families, bytes, text);
+            batchErrors[i] = normalise(scripts[first + i], families, bytes, text, reading);
             // A script already in normalised form keeps its file and its modification time.
             if (!batchErrors[i] && text != bytes)
                 texts.emplace_back(i, std::move(text));
@@ -188,7 +192,22 @@ int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &
     return status;
 }
 
-int check(const std::vector<std::string> &scripts, const FamilyList &families)
+// In the game's reading a save writes the script's own text; anything else it would change is a
+// finding on the whole file.
+std::vector<Finding> checkAsGame(std::string_view bytes, const FamilyList &families)
+{
+    EditorDocument document;
+    document.setFamilies(families.armourFamilies, families.attackFamilies);
+    GameReading::GameScript script;
+    const ReadResult result = GameReading::OpenGameScript(document, bytes, script);
+    if (!result.completed())
+        return {Finding{result.line, true, result.reason}};
+    if (GameReading::SaveGameScript(script, document).bytes != bytes)
+        return {Finding{0, false, "a save in the game's reading changes the file"}};
+    return {};
+}
+
+int check(const std::vector<std::string> &scripts, const FamilyList &families, CommandLine::Reading reading)
 {
     int status = 0;
     std::string bytes, report;
@@ -200,7 +219,8 @@ int check(const std::vector<std::string> &scripts, const FamilyList &families)
         }
         bool readable = true;
         report.clear();
-        for (const Finding &finding : CheckWeaponScript(bytes, families)) {
+        const bool game = reading == CommandLine::Reading::Game;
+        for (const Finding &finding : game ? checkAsGame(bytes, families) : CheckWeaponScript(bytes, families)) {
             readable = readable && !finding.error;
             report += location(path, finding.line) + (finding.error ? "error: " : "warning: ") + finding.message + '\n';
         }
@@ -253,10 +273,10 @@ int main(int argc, char **argv)
 
     int status = 0;
     if (toOutput)
-        status = normaliseToOutput(scripts.front(), families);
+        status = normaliseToOutput(scripts.front(), families, commandLine.reading);
     else if (commandLine.inPlace)
-        status = normaliseInPlace(scripts, families);
+        status = normaliseInPlace(scripts, families, commandLine.reading);
     else
-        status = check(scripts, families);
+        status = check(scripts, families, commandLine.reading);
     return listed ? status : kExitFailure;
 }

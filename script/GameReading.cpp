@@ -13,7 +13,7 @@ namespace GameReading {
 using ScriptSyntax::Expression;
 using GameView::Value;
 
-const std::vector<Slot> &slots()
+const std::vector<Slot> &slotTable()
 {
     using W = KorvathWeapon;
     using D = EditorDocument;
@@ -311,7 +311,7 @@ void updateFamilyEntries(std::vector<std::string> &entries, const std::vector<Re
 
 std::optional<Refusal> fill(EditorDocument &document, const std::vector<GameView::Call> &calls)
 {
-    for (const Slot &slot : slots()) {
+    for (const Slot &slot : slotTable()) {
         const GameView::Call *call = lastCall(calls, slot.statement);
         const Value *value = call ? argumentOf(*call, slot.argument) : nullptr;
         if (!value)
@@ -375,7 +375,7 @@ std::optional<Refusal> fill(EditorDocument &document, const std::vector<GameView
 bool isKnownStatement(std::string_view name)
 {
     return name == "AddWeaponResult"
-           || std::any_of(slots().begin(), slots().end(), [&](const Slot &slot) { return slot.statement == name; });
+           || std::any_of(slotTable().begin(), slotTable().end(), [&](const Slot &slot) { return slot.statement == name; });
 }
 
 // The lines of the calls the editor does not know, which a normalised save writes at the end.

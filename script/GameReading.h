@@ -30,7 +30,7 @@ struct Slot
 };
 
 // Every single value of the known statements, in statement order.
-const std::vector<Slot> &slots();
+const std::vector<Slot> &slotTable();
 
 // What an Open keeps beside the document to save the script in its own text.
 struct GameScript

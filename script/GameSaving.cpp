@@ -232,7 +232,7 @@ public:
 
     void run()
     {
-        for (const Slot &slot : slots())
+        for (const Slot &slot : slotTable())
             if (slotApplies(slot, m_document) && slotChanged(slot, m_opened, m_document))
                 editSlot(slot);
         editFamilies();
@@ -736,7 +736,7 @@ private:
 
 bool documentChanged(const EditorDocument &opened, const EditorDocument &document)
 {
-    if (std::any_of(slots().begin(), slots().end(), [&](const Slot &slot) {
+    if (std::any_of(slotTable().begin(), slotTable().end(), [&](const Slot &slot) {
             return slotApplies(slot, document) && slotChanged(slot, opened, document);
         }))
         return true;

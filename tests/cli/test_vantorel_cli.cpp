@@ -305,3 +305,18 @@ TEST_F(CliTest, StoredSettingGivesTheDataDirectory)
 }
 
 } // namespace
+
+TEST_F(CliTest, GameReadingWritesTheScriptsOwnBytesAndChecksNothingElse)
+{
+    const std::string stock = readFile(VANTOREL_SOURCE_DIR "/tests/data/game/stock.wepn");
+    const std::string script = dir.write("Weapon/stock.wepn", stock);
+    const std::string broken = dir.write("Weapon/broken.wepn", "setAngles(NewWeaponType,1,2,3,4,5)\nsetAngles(");
+    const Outcome normalised = run({"normalize", "--read=game", "--data-dir", dataDir, script});
+    EXPECT_EQ(normalised.status, 0) << normalised.err;
+    EXPECT_EQ(normalised.out, stock);
+    const Outcome checked = run({"check", "--read=game", "--data-dir", dataDir, script, broken});
+    EXPECT_EQ(checked.status, 1);
+    EXPECT_EQ(checked.out, broken + ":2: error: unexpected symbol near <eof>\n");
+    EXPECT_EQ(run({"check", "--read=lua", "--data-dir", dataDir, script}).err,
+              "vantorel-cli: unknown option '--read=lua' for check (see vantorel-cli --help)\n");
+}

@@ -251,7 +251,7 @@ TEST(GameReading, GeneratedLayoutsSaveTheirBytesAndAnEditChangesOneValueTheGameR
 
         EditorDocument &d = opened.document;
         std::vector<std::function<void()>> edits;
-        for (const GameReading::Slot &slot : GameReading::slots()) {
+        for (const GameReading::Slot &slot : GameReading::slotTable()) {
             if (std::find(script.statements.begin(), script.statements.end(), slot.statement) == script.statements.end())
                 continue;
             std::visit([&](auto member) { edits.push_back([&d, member] { bump(field(d, member)); }); }, slot.member);
