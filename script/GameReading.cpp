@@ -395,6 +395,23 @@ std::vector<std::string> unknownLines(std::string_view bytes, const std::vector<
 
 } // namespace
 
+// The tree of the script's text, when it reads every value as the game does.
+static void keepText(GameScript &script, std::string_view bytes, const std::vector<GameView::Call> &calls)
+{
+    script.bytes = std::string(bytes);
+    script.syntax = {};
+    script.notes.clear();
+    script.keepsText = false;
+    ScriptSyntax::Parse parse = ScriptSyntax::ParseScript(bytes);
+    if (!parse.ok)
+        script.notes.push_back("Line " + NumberText::intText(parse.line) + ": " + parse.reason);
+    else if (std::optional<std::string> difference = compareWithGame(parse.script, calls))
+        script.notes.push_back(std::move(*difference));
+    else
+        script.syntax = std::move(parse.script);
+    script.keepsText = script.notes.empty();
+}
+
 std::optional<Value> evaluate(const Expression &expression)
 {
     Value value;
@@ -502,19 +519,19 @@ ReadResult ReadGameScript(EditorDocument &document, std::string_view bytes, Game
         document.strScriptLines = std::move(unknown);
 
     script = GameScript{};
-    script.bytes = std::string(bytes);
-    ScriptSyntax::Parse parse = ScriptSyntax::ParseScript(bytes);
-    if (!parse.ok) {
-        script.notes.push_back("Line " + NumberText::intText(parse.line) + ": " + parse.reason);
-        return {};
-    }
-    if (std::optional<std::string> difference = compareWithGame(parse.script, run.calls)) {
-        script.notes.push_back(std::move(*difference));
-        return {};
-    }
-    script.syntax = std::move(parse.script);
-    script.keepsText = true;
+    keepText(script, bytes, run.calls);
     return {};
+}
+
+void rememberSave(GameScript &script, std::string_view bytes, const EditorDocument &document)
+{
+    const GameView::Run run = GameView::RunScript(bytes);
+    keepText(script, bytes, run.calls);
+    if (!run.ok) {
+        script.keepsText = false;
+        script.notes.assign(1, "Line " + NumberText::intText(run.line) + ": " + run.reason);
+    }
+    script.opened = document;
 }
 
 ReadResult OpenGameScript(EditorDocument &document, std::string_view bytes, GameScript &script)

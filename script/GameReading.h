@@ -54,6 +54,10 @@ ReadResult ReadGameScript(EditorDocument &document, std::string_view bytes, Game
 // "NewWeaponType", the families still marked "N" filled, and the document remembered as opened.
 ReadResult OpenGameScript(EditorDocument &document, std::string_view bytes, GameScript &script);
 
+// After a save: the saved bytes are the script's text from now on, and the document as saved
+// is what later changes are told apart from.
+void rememberSave(GameScript &script, std::string_view bytes, const EditorDocument &document);
+
 struct SaveText
 {
     std::string bytes;

@@ -22,6 +22,14 @@ public:
                                             const QString &initialName) = 0;
     // The chosen target, or nothing when the user cancels. Replacing a file asks nothing.
     virtual std::optional<QString> saveFile(const QString &proposedPath, const QString &filter) = 0;
+    // A modal question with Yes and No; true for Yes. Without a platform to ask, the answer is No,
+    // so nothing is overwritten unasked.
+    virtual bool confirm(const QString &text, const QString &title)
+    {
+        static_cast<void>(text);
+        static_cast<void>(title);
+        return false;
+    }
 };
 
 // The filter of both file dialogs; it matches ".wepn" in any letter case.
@@ -38,6 +46,7 @@ public:
     std::optional<QString> openFile(const QString &folder, const QString &filter,
                                     const QString &initialName) override;
     std::optional<QString> saveFile(const QString &proposedPath, const QString &filter) override;
+    bool confirm(const QString &text, const QString &title) override;
 };
 
 class QFileDialog;

@@ -77,4 +77,20 @@ inline QString fieldNotTaken(const QString &label, const QString &text, const QS
            + text + QStringLiteral("\". Nothing was changed.");
 }
 
+// Read as the game reads it, a script whose text the editor cannot keep when it saves changes.
+inline QString gameTextNotKept(const QString &path, const QString &reasons)
+{
+    return QStringLiteral("The editor reads '") + path
+           + QStringLiteral("' as the game does, but cannot keep its text when you save changes:\n") + reasons
+           + QStringLiteral("\nSuch a save asks before it writes the editor's normalised form.");
+}
+
+inline QString saveNormalised(const QString &path, const QString &reasons)
+{
+    return QStringLiteral("Your changes cannot be written into the text of '") + path + QStringLiteral("':\n")
+           + reasons
+           + QStringLiteral("\nSave it in the editor's normalised form? Its comments, blank lines and layout will "
+                            "be lost.");
+}
+
 } // namespace Messages

@@ -23,6 +23,14 @@ void QtDialogs::message(const QString &text, const QString &title)
     box.exec();
 }
 
+bool QtDialogs::confirm(const QString &text, const QString &title)
+{
+    QMessageBox box(QMessageBox::NoIcon, title.isEmpty() ? Latin1::toQString(AppInfo::kTitle) : title, text,
+                    QMessageBox::Yes | QMessageBox::No, QApplication::activeWindow());
+    box.setDefaultButton(QMessageBox::No);
+    return box.exec() == QMessageBox::Yes;
+}
+
 std::optional<QString> QtDialogs::openFile(const QString &folder, const QString &filter,
                                            const QString &initialName)
 {

@@ -5,6 +5,7 @@
 #include "AppInfo.h"
 #include "AtomicFile.h"
 #include "FamilyList.h"
+#include "GameReading.h"
 #include "Latin1.h"
 #include "Messages.h"
 #include "PathText.h"
@@ -95,7 +96,11 @@ void WepnEditor_Main::Open_Click()
         dialogs().message(PathText::toQString(*unreadable), {});
         return abandon();
     }
-    const ReadResult read = OpenWeaponScript(document, bytes);
+    // Read as the game reads it, the script's text stays beside the document, to be saved in place.
+    m_gameScript.reset();
+    auto gameScript = std::make_unique<GameReading::GameScript>();
+    const ReadResult read = ReadAsGame->isChecked() ? GameReading::ReadGameScript(document, bytes, *gameScript)
+                                                    : OpenWeaponScript(document, bytes);
     // The read rebuilds all three entry lists, also when it stops part way.
     refreshList(lstWeaponResults, document.lstWeaponResults);
     refreshList(lstArmorFamilies, document.lstArmorFamilies);
@@ -133,6 +138,15 @@ void WepnEditor_Main::Open_Click()
     if (std::optional<QString> problem = ShowDocument()) {
         dialogs().message(Messages::cannotOpen(PathText::toQString(document.strWEPNFile), *problem), {});
         return abandon();
+    }
+
+    if (ReadAsGame->isChecked()) {
+        gameScript->opened = document;
+        m_gameScript = std::move(gameScript);
+        if (!m_gameScript->keepsText)
+            dialogs().message(Messages::gameTextNotKept(PathText::toQString(document.strWEPNFile),
+                                                        Latin1::toQString(m_gameScript->notes.front())),
+                              {});
     }
 
     cmdAdd->setEnabled(true);
@@ -173,7 +187,26 @@ void WepnEditor_Main::Save_Click()
         dialogs().message(*refusal, {});
         return restore();
     }
-    if (std::optional<std::string> problem = WriteWeaponScript(document, document.strWEPNFile)) {
+    std::optional<std::string> problem;
+    if (m_gameScript) {
+        // Only the changed values are written into the script's own text; when they cannot be, the
+        // normalised form is written only if the user agrees.
+        const GameReading::SaveText text = GameReading::SaveGameScript(*m_gameScript, document);
+        QStringList reasons;
+        for (const std::string &reason : text.problems)
+            reasons << Latin1::toQString(reason);
+        if (!reasons.isEmpty()
+            && !dialogs().confirm(Messages::saveNormalised(PathText::toQString(document.strWEPNFile),
+                                                           reasons.join(QLatin1Char('\n'))),
+                                  {}))
+            return restore();
+        problem = AtomicFile::write(document.strWEPNFile, text.bytes);
+        if (!problem)
+            GameReading::rememberSave(*m_gameScript, text.bytes, document);
+    } else {
+        problem = WriteWeaponScript(document, document.strWEPNFile);
+    }
+    if (problem) {
         // The writer's reason names the file and what the system said.
         dialogs().message(PathText::toQString(*problem), {});
         return restore();

@@ -4,8 +4,10 @@
 #include "AppInfo.h"
 #include "DataDirectorySetting.h"
 #include "GamePaths.h"
+#include "GameReading.h"
 #include "Latin1.h"
 #include "PathText.h"
+#include "ReadingSetting.h"
 #include "frmDecompiledDataDir.h"
 
 #include <QAction>
@@ -381,6 +383,10 @@ void WepnEditor_Main::buildMenus()
     QMenu *manage = settings->addMenu(QStringLiteral("&Manage Directories"));
     manage->setObjectName(QStringLiteral("ManageDirectories"));
     addItems(manage, {{"DecompiledData", "&Decompiled Data", {}, true, &WepnEditor_Main::DecompiledData}});
+    addItems(settings, {{"ReadAsGame", "Read Scripts as the Game Does", {}, true, &WepnEditor_Main::ReadAsGame}});
+    ReadAsGame->setCheckable(true);
+    ReadAsGame->setChecked(ReadingSetting::load(m_settings));
+    connect(ReadAsGame, &QAction::toggled, this, [this](bool on) { ReadingSetting::store(m_settings, on); });
 }
 
 void WepnEditor_Main::buildForm()

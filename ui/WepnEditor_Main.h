@@ -27,6 +27,9 @@ class QListWidget;
 class QPushButton;
 class QSettings;
 class frmDecompiledDataDir;
+namespace GameReading {
+struct GameScript;
+}
 
 // The editor's only working window: every value of one weapon script in six frames, the File and
 // Settings menus, and the commands behind them. Controls and fields are public and keep the names
@@ -108,6 +111,8 @@ public:
     QAction *Save = nullptr;
     QAction *Exit = nullptr;
     QAction *DecompiledData = nullptr;
+    // Settings > Read Scripts as the Game Does: checkable, kept in the user's settings.
+    QAction *ReadAsGame = nullptr;
 
     // --- Start-up, data directory, exit (WepnEditor_Main.cpp) ---------------------------------
     void Form_Load();
@@ -184,4 +189,6 @@ private:
     QPointer<frmDecompiledDataDir> m_directoryDialog;
     QHash<QString, QWidget *> m_controls;
     QHash<QString, QString> m_labels;
+    // Beside the document when the script was opened as the game reads it: its text, to save in place.
+    std::unique_ptr<GameReading::GameScript> m_gameScript;
 };

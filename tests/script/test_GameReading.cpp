@@ -64,7 +64,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Edit{"stock.wepn", "stock.wepn", [](EditorDocument &) {}}, Edit{"flak.wepn", "flak.wepn", [](EditorDocument &) {}},
         Edit{"stock.wepn", "stock.range.wepn", [](EditorDocument &d) { d.Weapon.fWeaponFireRange = 5000; }},
-        Edit{"stock.wepn", "stock.angle.wepn", [](EditorDocument &d) { d.fDownRotation = -7.5; }},
+        Edit{"stock.wepn", "stock.angle.wepn", [](EditorDocument &d) { d.fFiringArc = 30; }},
         Edit{"stock.wepn", "stock.result-added.wepn",
              [](EditorDocument &d) { d.addResult({"Hit", "Push", "Target", 5, 10, ""}); }},
         Edit{"stock.wepn", "stock.result-removed.wepn", [](EditorDocument &d) { EXPECT_FALSE(d.removeResult(0)); }},

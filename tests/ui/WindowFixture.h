@@ -41,6 +41,13 @@ public:
     {
         return answer(QStringList{QStringLiteral("save"), proposedPath, filter});
     }
+    // Recorded as a message with "confirm: " before it; answered from the queue, No when it is empty.
+    QQueue<bool> confirmations;
+    bool confirm(const QString &text, const QString &title) override
+    {
+        message(QStringLiteral("confirm: ") + text, title);
+        return !confirmations.isEmpty() && confirmations.dequeue();
+    }
 
 private:
     std::optional<QString> answer(const QStringList &request)
