@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Read and write of a typical script: the statements of a turret, three impact results and
-// eight families in each table.
+// eight families in each table; in the editor's dialect and as the game reads it.
+#include "GameReading.h"
 #include "ScriptReader.h"
 #include "ScriptWriter.h"
 
@@ -64,6 +65,39 @@ void BM_WriteScript(benchmark::State &state)
     }
 }
 BENCHMARK(BM_WriteScript);
+
+// Open as the game reads it: the script run as Lua, the document filled from the calls, the
+// syntax tree parsed and compared with them.
+void BM_OpenScriptAsGame(benchmark::State &state)
+{
+    const std::string script = typicalScript();
+    const EditorDocument prepared = preparedDocument();
+    for (auto _ : state) {
+        EditorDocument document = prepared;
+        GameReading::GameScript game;
+        const ReadResult result = GameReading::OpenGameScript(document, script, game);
+        if (!result.completed() || !game.keepsText)
+            state.SkipWithError("the typical script does not open as the game reads it");
+        benchmark::DoNotOptimize(document);
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * script.size()));
+}
+BENCHMARK(BM_OpenScriptAsGame);
+
+// The save of a one-value edit in the script's own text, against BM_WriteScript's normalised form.
+void BM_SaveScriptAsGame(benchmark::State &state)
+{
+    EditorDocument document = preparedDocument();
+    GameReading::GameScript game;
+    if (!GameReading::OpenGameScript(document, typicalScript(), game).completed())
+        state.SkipWithError("the typical script does not open as the game reads it");
+    document.fFiringArc = 12;
+    for (auto _ : state) {
+        GameReading::SaveText text = GameReading::SaveGameScript(game, document);
+        benchmark::DoNotOptimize(text);
+    }
+}
+BENCHMARK(BM_SaveScriptAsGame);
 
 } // namespace
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ScriptRoundTrip.h"
+#include "SyntaxRoundTrip.h"
 
 #include "AtomicFile.h"
 
@@ -37,6 +38,8 @@ TEST_P(ScriptCorpusTest, WrittenScriptsOpenAndWriteTheSameBytes)
     ASSERT_EQ(AtomicFile::read(GetParam().string(), bytes), std::nullopt);
     const std::optional<std::string> problem = checkScriptRoundTrip(bytes);
     EXPECT_FALSE(problem.has_value()) << *problem;
+    const std::optional<std::string> kept = checkSyntaxRoundTrip(bytes);
+    EXPECT_FALSE(kept.has_value()) << *kept;
 }
 
 INSTANTIATE_TEST_SUITE_P(Saved, ScriptCorpusTest, testing::ValuesIn(corpusFiles()));

@@ -104,7 +104,8 @@ private slots:
         };
         QCOMPARE(describe(window->menuBar()->actions()),
                  QStringLiteral("File=&File{Open=&Open=Ctrl+O, Save=&Save As...=Ctrl+S off, sep01=-, Exit=E&xit=Ctrl+Q}, "
-                                "Settings=&Settings{ManageDirectories=&Manage Directories{DecompiledData=&Decompiled Data}}"));
+                                "Settings=&Settings{ManageDirectories=&Manage Directories{DecompiledData=&Decompiled Data}, "
+                                "ReadAsGame=Read Scripts as the Game Does}"));
     }
 
     void fixedSizeWithoutMaximizeThenExit()
