@@ -150,8 +150,8 @@ std::optional<Numeral> numeral(const Expression &expression)
 }
 
 // The order the game's view keeps a table's entries in.
-bool entryBefore(const std::pair<Value, Value> &a, const std::pair<Value, Value> &b)
-{
+// (A generic lambda: clang cannot instantiate the pair of the self-containing Value here.)
+const auto entryBefore = [](const auto &a, const auto &b) {
     const bool aNumber = a.first.kind == Value::Kind::Number, bNumber = b.first.kind == Value::Kind::Number;
     if (aNumber != bNumber)
         return aNumber;
@@ -160,7 +160,7 @@ bool entryBefore(const std::pair<Value, Value> &a, const std::pair<Value, Value>
     if (a.first.kind != b.first.kind)
         return a.first.kind < b.first.kind;
     return a.first.text < b.first.text;
-}
+};
 
 bool sameValue(const Value &a, const Value &b)
 {

@@ -682,11 +682,18 @@ private:
         m_tree.statements.erase(m_tree.statements.begin() + static_cast<std::ptrdiff_t>(index));
     }
 
+    // Whether text before a statement would swallow it: a line comment without its line end.
+    static bool swallows(const std::string &before)
+    {
+        const Parse parse = ParseScript(before + "f()");
+        return !parse.ok || parse.script.statements.size() != 1;
+    }
+
     void insertAfter(int index, Statement statement)
     {
         if (index < 0) {
             std::string &first = m_tree.statements.empty() ? m_tree.end : m_tree.statements.front().name.before;
-            statement.name.before = first;
+            statement.name.before = first + (swallows(first) ? m_lineEnd : "");
             first = m_lineEnd;
             m_tree.statements.insert(m_tree.statements.begin(), std::move(statement));
             return;
@@ -701,6 +708,8 @@ private:
         } else if (position + 1 == m_tree.statements.size()) {
             statement.name.before = after + m_lineEnd + indent;
             after.clear();
+            if (swallows(statement.name.before))
+                statement.name.before += m_lineEnd;
         } else {
             statement.name.before = m_lineEnd + indent;
         }
@@ -719,6 +728,10 @@ private:
         for (auto &[anchor, statement] : m_inserts)
             inserts[anchor < 0 ? -1 : anchor - shift[static_cast<std::size_t>(anchor)]].push_back(std::move(statement));
         for (auto &[anchor, statements] : inserts) {
+            // Statements added at one place keep the editor's order of statements.
+            std::stable_sort(statements.begin(), statements.end(), [](const Statement &a, const Statement &b) {
+                return rankOf(a.name.text) < rankOf(b.name.text);
+            });
             int position = anchor;
             for (Statement &statement : statements)
                 insertAfter(position++, std::move(statement));
