@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "GameView.h"
 
+#include "NumberText.h"
+
 #include <lua.hpp>
 
 #include <algorithm>
@@ -287,11 +289,7 @@ Run RunScript(std::string_view bytes)
 
 std::string numberText(double value)
 {
-    if (value == 0)
-        return "0";
-    std::array<char, 64> buffer{};
-    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
-    return std::string(buffer.data(), result.ptr);
+    return NumberText::exactText(value);
 }
 
 std::string valueText(const Value &value)
