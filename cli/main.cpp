@@ -200,7 +200,7 @@ int check(const std::vector<std::string> &scripts, const FamilyList &families)
         }
         bool readable = true;
         report.clear();
-        for (const Finding &finding : CheckWeaponScript(bytes, families)) {
+        for (const Finding &finding : CheckWeaponScript(bytes, families.armourFamilies, families.attackFamilies)) {
             readable = readable && !finding.error;
             report += location(path, finding.line) + (finding.error ? "error: " : "warning: ") + finding.message + '\n';
         }
