@@ -9,6 +9,7 @@
 #include <functional>
 #include <limits>
 #include <optional>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -290,23 +291,20 @@ std::size_t firstLineNaming(const std::vector<std::string> &lines, std::string_v
 }
 
 // Each family entry whose name equals a record's family, letter case aside, takes the record's
-// spelling and value; the first equal record wins.
+// spelling and value; the first equal record wins. One look-up per entry keeps a game's family list
+// against a long table close to linear.
 template<typename Record, typename EntryText>
 void updateFamilyEntries(std::vector<std::string> &entries, const std::vector<Record> &records,
                          EntryText entryText)
 {
-    std::vector<std::string> names;
-    names.reserve(records.size());
-    for (const Record &record : records)
-        names.push_back(TextPieces::toLower(record.sFamily));
+    std::unordered_map<std::string, std::size_t> first;
+    first.reserve(records.size());
+    for (std::size_t k = 0; k < records.size(); ++k)
+        first.emplace(TextPieces::toLower(records[k].sFamily), k);
     for (std::string &entry : entries) {
-        const std::string name = TextPieces::toLower(std::string_view(entry).substr(0, entry.find(kEntrySeparator)));
-        for (std::size_t k = 0; k < names.size(); ++k) {
-            if (names[k] == name) {
-                entry = entryText(records[k]);
-                break;
-            }
-        }
+        const auto match = first.find(TextPieces::toLower(std::string_view(entry).substr(0, entry.find(kEntrySeparator))));
+        if (match != first.end())
+            entry = entryText(records[match->second]);
     }
 }
 
