@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <map>
 #include <set>
 
@@ -45,6 +46,9 @@ bool sameValue(const Value &a, const Value &b)
         return false;
     switch (a.kind) {
     case Value::Kind::Number:
+        // realText writes every non-finite value as "0", so only finite numbers compare by their text.
+        if (!std::isfinite(a.number) || !std::isfinite(b.number))
+            return a.number == b.number || (std::isnan(a.number) && std::isnan(b.number));
         return a.number == b.number || NumberText::realText(a.number) == NumberText::realText(b.number);
     case Value::Kind::Boolean:
         return a.number == b.number;
