@@ -7,8 +7,8 @@
 #include "DataDirectorySetting.h"
 #include "EditorDocument.h"
 #include "FamilyList.h"
-#include "GameReading.h"
 #include "GamePaths.h"
+#include "GameReading.h"
 #include "PathText.h"
 #include "ScriptCheck.h"
 #include "ScriptReader.h"
@@ -220,7 +220,8 @@ int check(const std::vector<std::string> &scripts, const FamilyList &families, C
         bool readable = true;
         report.clear();
         const bool game = reading == CommandLine::Reading::Game;
-        for (const Finding &finding : game ? checkAsGame(bytes, families) : CheckWeaponScript(bytes, families)) {
+        for (const Finding &finding : game ? checkAsGame(bytes, families)
+                                           : CheckWeaponScript(bytes, families.armourFamilies, families.attackFamilies)) {
             readable = readable && !finding.error;
             report += location(path, finding.line) + (finding.error ? "error: " : "warning: ") + finding.message + '\n';
         }

@@ -36,10 +36,8 @@ bool KorvathWeapon::StripQuotes(std::string_view text, std::string &inner)
 
 namespace {
 
-constexpr int kArgumentCount = 26;
-
 // Argument names as a mod author knows them from the window, for messages.
-constexpr std::string_view kArgumentNames[kArgumentCount] = {
+constexpr std::string_view kArgumentNames[KorvathWeapon::kArgumentCount] = {
     "weapon name",           "Weapon Type",          "Weapon Fire Type",
     "Weapon Effects File",   "Activation",           "Projectile Velocity",
     "Firing Range",          "Blast Radius",         "Fire Duration",
@@ -53,7 +51,12 @@ constexpr std::string_view kArgumentNames[kArgumentCount] = {
 
 } // namespace
 
-void KorvathWeapon::GrabValues(std::string_view strLine)
+std::string_view KorvathWeapon::ArgumentName(int index)
+{
+    return index >= 0 && index < kArgumentCount ? kArgumentNames[index] : std::string_view();
+}
+
+void KorvathWeapon::GrabValues(std::string_view strLine, const NumberFallback &gameNumber)
 {
     const std::vector<std::string_view> pieces = TextPieces::split(strLine, ",");
     if (pieces.size() < kArgumentCount) {
@@ -74,12 +77,20 @@ void KorvathWeapon::GrabValues(std::string_view strLine)
             return;
         using Field = std::remove_reference_t<decltype(field)>;
         std::optional<Field> value;
-        if constexpr (std::is_same_v<Field, double>)
-            value = NumberText::readReal(piece);
-        else if constexpr (std::is_same_v<Field, std::int16_t>)
-            value = NumberText::readInt16(piece);
-        else
-            value = NumberText::readInt32(piece);
+        const auto read = [&](std::string_view text) {
+            if constexpr (std::is_same_v<Field, double>)
+                value = NumberText::readReal(text);
+            else if constexpr (std::is_same_v<Field, std::int16_t>)
+                value = NumberText::readInt16(text);
+            else
+                value = NumberText::readInt32(text);
+        };
+        read(piece);
+        // What the game reads where the piece is no number, as the same number text would read.
+        if (!value && gameNumber && !NumberText::readReal(piece)) {
+            if (const std::optional<double> game = gameNumber(index))
+                read(NumberText::exactText(*game));
+        }
         if (value)
             field = *value;
         else
@@ -119,7 +130,8 @@ void KorvathWeapon::GrabValues(std::string_view strLine)
         m_lastError = "StartWeaponConfig argument " + std::to_string(failed) + " ("
                       + std::string(kArgumentNames[failed]) + ") "
                       + (isText ? "needs a quoted text" : "is not a number in its range")
-                      + ": '" + std::string(piece(failed)) + "'";
+                      + ": '" + std::string(failed == 25 ? TextPieces::beforeFirst(piece(25), ')') : piece(failed))
+                      + "'";
         return;
     }
     taken.intError = 0;

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -43,12 +45,20 @@ public:
     void InitializeWeaponValues();
     // Takes every field from a StartWeaponConfig line, or none: a line it cannot take sets
     // intError to 1, leaves the fields as they were and keeps the reason for lastError().
-    void GrabValues(std::string_view strLine);
+    // A number piece that is no number (such as "2000*1.1" or "0);") is asked of gameNumber, with the
+    // argument's index, when one is given: the value the game reads there, if any.
+    using NumberFallback = std::function<std::optional<double>(int index)>;
+    void GrabValues(std::string_view strLine, const NumberFallback &gameNumber = {});
     std::string SWCString() const;
 
     // Why the last GrabValues set intError to 1, naming the argument and its text; empty after
     // a GrabValues that took the line.
     const std::string &lastError() const { return m_lastError; }
+
+    // The name of StartWeaponConfig's argument at the index (0 is the weapon name), as a mod author
+    // knows it from the window.
+    static std::string_view ArgumentName(int index);
+    static constexpr int kArgumentCount = 26;
 
 private:
     static std::string AddQuotes(std::string_view text);

@@ -27,6 +27,15 @@ std::string realText(double value)
     return text;
 }
 
+std::string exactText(double value)
+{
+    if (value == 0.0)
+        return "0";
+    std::array<char, 64> buffer{};
+    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
+    return std::string(buffer.data(), result.ptr);
+}
+
 std::string intText(long long value)
 {
     std::array<char, 32> buffer{};
@@ -114,12 +123,22 @@ std::optional<double> readReal(std::string_view text)
     double value = 0.0;
     auto result = std::from_chars(body.data(), end, value, std::chars_format::general);
     if (result.ec == std::errc::result_out_of_range) {
-        // realText rounds the largest doubles up to 15 digits ("1.79769313486232E+308"), just past
-        // the range; what we write must read back, so such a text stands for the largest double.
+        // A number too small for a double ("1e-400") is 0, as the game reads it. realText rounds the
+        // largest doubles up to 15 digits ("1.79769313486232E+308"), just past the range; what we
+        // write must read back, so such a text stands for the largest double. Anything larger is
+        // no number.
         long double wide = 0.0L;
         result = std::from_chars(body.data(), end, wide, std::chars_format::general);
+        if (result.ec == std::errc::result_out_of_range) {
+            const std::size_t exponent = body.find_first_of("eE");
+            if (exponent != std::string_view::npos && body.substr(exponent + 1).starts_with('-'))
+                return 0.0;
+            return std::nullopt;
+        }
         if (result.ec != std::errc() || wide > kLargestWritten)
             return std::nullopt;
+        if (wide < 1.0L) // below the normal doubles: the nearest subnormal, or 0
+            return static_cast<double>(negative ? -wide : wide) + 0.0;
         value = std::numeric_limits<double>::max();
     }
     if (result.ec != std::errc() || result.ptr != end)

@@ -15,6 +15,11 @@ namespace NumberText {
 // zero is written "0". Non-finite values (which no reading produces) are written "0" too.
 std::string realText(double value);
 
+// The shortest text that reads back as exactly the same double, for values the editor did not write
+// itself ("2200.0000000000005" for 2000*1.1). Negative zero is "0"; infinities and NaN give "inf"
+// and "nan", which no reading accepts.
+std::string exactText(double value);
+
 // An integer in plain decimal, "-" for negatives.
 std::string intText(long long value);
 

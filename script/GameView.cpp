@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "GameView.h"
 
+#include "NumberText.h"
+
 #include <lua.hpp>
 
 #include <algorithm>
@@ -19,7 +21,7 @@ constexpr std::size_t kMemoryLimit = 16u << 20;
 constexpr int kHookEvery = 100;
 constexpr long kInstructionLimit = 1'000'000;
 constexpr std::size_t kCallLimit = 20'000;
-constexpr std::size_t kRecordedLimit = 16u << 20; // bytes of recorded texts and values
+constexpr std::size_t kRecordedLimit = 4u << 20;  // bytes of recorded texts and values
 constexpr int kTableDepthLimit = 8;
 constexpr int kCallDepthLimit = 10'000;
 
@@ -31,7 +33,6 @@ struct Sandbox
     long instructions = 0;
     int lastLine = 0;
     std::size_t recorded = 0;
-    bool recordFailed = false;
     std::vector<Call> calls;
 };
 
@@ -101,12 +102,16 @@ void tableEntries(lua_State *L, int index, int depth, std::size_t &recorded, Val
     }
     const int absolute = lua_absindex(L, index);
     lua_pushnil(L);
-    while (lua_next(L, absolute) != 0) {
+    // A table stops being read past the limit, and the call that passes it is refused.
+    bool more = true;
+    while (recorded <= kRecordedLimit && (more = lua_next(L, absolute) != 0)) {
         Value key = valueAt(L, -2, depth + 1, recorded);
         Value value = valueAt(L, -1, depth + 1, recorded);
         table.entries.emplace_back(std::move(key), std::move(value));
         lua_pop(L, 1);
     }
+    if (more)
+        lua_pop(L, 1); // the key that lua_next was not given again
     // The array part first, in key order, then the named entries by name: a fixed order, whatever
     // order Lua's hash part keeps them in.
     std::sort(table.entries.begin(), table.entries.end(), [](const auto &a, const auto &b) {
@@ -193,7 +198,6 @@ int recorder(lua_State *L)
 {
     Sandbox &sandbox = sandboxOf(L);
     if (!recordCall(L, sandbox)) {
-        sandbox.recordFailed = true;
         lua_pushfstring(L, "script:%d: makes too many calls or passes too much data", callLine(L));
         return lua_error(L);
     }
@@ -287,11 +291,7 @@ Run RunScript(std::string_view bytes)
 
 std::string numberText(double value)
 {
-    if (value == 0)
-        return "0";
-    std::array<char, 64> buffer{};
-    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
-    return std::string(buffer.data(), result.ptr);
+    return NumberText::exactText(value);
 }
 
 std::string valueText(const Value &value)

@@ -2,11 +2,14 @@
 #include "ScriptReader.h"
 
 #include "AtomicFile.h"
+#include "GameView.h"
 #include "NumberText.h"
 #include "TextPieces.h"
 
+#include <functional>
 #include <limits>
 #include <optional>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -40,30 +43,118 @@ std::string shown(std::string_view text)
     return quoted;
 }
 
-double realFrom(std::string_view piece, std::size_t index, const std::string &what)
+// What the game reads where a piece is no number: "0.60;", "2000*1.1", "70/2". The script is run
+// only when the reader first needs it, so a script in the editor's own layout never is.
+class GameNumbers
+{
+public:
+    explicit GameNumbers(std::string_view bytes) : m_bytes(bytes) {}
+
+    // The number the game passes as argument `index` of the statement named on the line.
+    std::optional<double> argument(std::size_t lineIndex, std::string_view statement, std::size_t index)
+    {
+        const GameView::Call *call = callOn(lineIndex, statement);
+        if (!call || index >= call->arguments.size())
+            return std::nullopt;
+        return number(call->arguments[index]);
+    }
+
+    // A family's value, or the damage flag of the table that names it, in a table of the statement.
+    std::optional<double> family(std::size_t lineIndex, std::string_view statement, std::string_view name,
+                                 bool damage = false)
+    {
+        const GameView::Call *call = callOn(lineIndex, statement);
+        if (!call)
+            return std::nullopt;
+        for (const GameView::Value &table : call->arguments) {
+            if (const GameView::Value *value = table.field(name))
+                return damage ? (table.field("damage") ? number(*table.field("damage")) : std::nullopt)
+                              : number(*value);
+        }
+        return std::nullopt;
+    }
+
+private:
+    static std::optional<double> number(const GameView::Value &value)
+    {
+        if (value.kind != GameView::Value::Kind::Number)
+            return std::nullopt;
+        return value.number;
+    }
+
+    const GameView::Call *callOn(std::size_t lineIndex, std::string_view statement)
+    {
+        if (!m_run)
+            m_run = GameView::RunScript(m_bytes);
+        for (const GameView::Call &call : m_run->calls) {
+            if (call.line == static_cast<int>(lineIndex + 1) && TextPieces::toLower(call.name) == statement)
+                return &call;
+        }
+        return nullptr;
+    }
+
+    std::string_view m_bytes;
+    std::optional<GameView::Run> m_run;
+};
+
+// A piece that is no number takes what the game reads there, when the game reads a number.
+template<typename Game>
+double realFrom(std::string_view piece, std::size_t index, const std::string &what, Game gameValue)
 {
     if (const std::optional<double> value = NumberText::readReal(piece))
+        return *value;
+    if (const std::optional<double> value = gameValue())
         return *value;
     fail(index, what + " is not a number: " + shown(piece));
 }
 
-template<typename Int>
-Int intFrom(std::string_view piece, std::size_t index, const std::string &what)
+template<typename Int, typename Game>
+Int intFrom(std::string_view piece, std::size_t index, const std::string &what, Game gameValue)
 {
-    std::optional<Int> value;
-    if constexpr (sizeof(Int) == 2)
-        value = NumberText::readInt16(piece);
-    else
-        value = NumberText::readInt32(piece);
+    const auto read = [](std::string_view text) {
+        if constexpr (sizeof(Int) == 2)
+            return NumberText::readInt16(text);
+        else
+            return NumberText::readInt32(text);
+    };
+    std::optional<Int> value = read(piece);
+    if (!value && !NumberText::readReal(piece)) {
+        const std::optional<double> game = gameValue();
+        if (!game)
+            fail(index, what + " is not a number: " + shown(piece));
+        value = read(NumberText::exactText(*game));
+    }
     if (value)
         return *value;
-    if (!NumberText::readReal(piece))
-        fail(index, what + " is not a number: " + shown(piece));
     fail(index, what + " is out of range (" + intText(std::numeric_limits<Int>::min()) + " to "
                     + intText(std::numeric_limits<Int>::max()) + "): " + shown(piece));
 }
 
 std::string countText(std::size_t count) { return intText(static_cast<long long>(count)); }
+
+// A statement with too few pieces on its line that goes on over the next lines, as Lua reads it: one
+// argument per line, or setAngles split in two. Its lines up to the one holding ")" are taken with
+// it and read as one line. A following line that names a statement of its own is never joined.
+std::string joinedStatement(std::vector<std::string> &lines, std::size_t index, std::size_t pieces)
+{
+    constexpr std::size_t kMostLines = 64;
+    std::string joined = lines[index];
+    if (joined.find(')') != std::string::npos || split(joined, ",").size() >= pieces)
+        return joined;
+    for (std::size_t next = index + 1; next < lines.size() && next <= index + kMostLines; ++next) {
+        for (std::string_view name : {"startweaponconfig", "addweaponresult", "setangles", "setmiscvalues",
+                                      "setpenetration", "setaccuracy"})
+            if (containsNoCase(lines[next], name))
+                return lines[index];
+        joined += lines[next];
+        if (lines[next].find(')') != std::string::npos) {
+            for (std::size_t taken = index + 1; taken <= next; ++taken)
+                lines[taken].clear();
+            return joined;
+        }
+    }
+    return lines[index];
+}
 
 void commentPass(std::vector<std::string> &lines)
 {
@@ -75,13 +166,15 @@ void commentPass(std::vector<std::string> &lines)
 
 // Every StartWeaponConfig line goes to the record in turn, so the last one decides. Gives the
 // index of a line the record could not take.
-std::optional<std::size_t> startWeaponConfigPass(EditorDocument &document)
+std::optional<std::size_t> startWeaponConfigPass(EditorDocument &document, GameNumbers &game)
 {
     std::vector<std::string> &lines = document.strScriptLines;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         if (!containsNoCase(lines[i], "startweaponconfig"))
             continue;
-        document.Weapon.GrabValues(lines[i]);
+        document.Weapon.GrabValues(joinedStatement(lines, i, KorvathWeapon::kArgumentCount), [&](int k) {
+            return game.argument(i, "startweaponconfig", static_cast<std::size_t>(k));
+        });
         if (document.Weapon.intError == 1)
             return i;
         lines[i].clear();
@@ -89,7 +182,7 @@ std::optional<std::size_t> startWeaponConfigPass(EditorDocument &document)
     return std::nullopt;
 }
 
-WeaponResult resultFrom(std::string_view line, std::size_t index)
+WeaponResult resultFrom(std::string_view line, std::size_t index, GameNumbers &game)
 {
     const std::vector<std::string_view> quoted = split(line, "\"");
     if (quoted.size() < 6)
@@ -104,8 +197,10 @@ WeaponResult resultFrom(std::string_view line, std::size_t index)
     if (pieces.size() < 6)
         fail(index, "AddWeaponResult needs 5 arguments after the weapon name but has "
                         + countText(pieces.size() - 1));
-    result.fMinEffect = realFrom(pieces[4], index, "AddWeaponResult minimum effect");
-    result.fMaxEffect = realFrom(pieces[5], index, "AddWeaponResult maximum effect");
+    result.fMinEffect = realFrom(pieces[4], index, "AddWeaponResult minimum effect",
+                                 [&] { return game.argument(index, "addweaponresult", 4); });
+    result.fMaxEffect = realFrom(pieces[5], index, "AddWeaponResult maximum effect",
+                                 [&] { return game.argument(index, "addweaponresult", 5); });
 
     if (result.sEffect == "SpawnWeaponFire") {
         if (quoted.size() < 8)
@@ -116,13 +211,13 @@ WeaponResult resultFrom(std::string_view line, std::size_t index)
     return result;
 }
 
-void addWeaponResultPass(EditorDocument &document)
+void addWeaponResultPass(EditorDocument &document, GameNumbers &game)
 {
     std::vector<std::string> &lines = document.strScriptLines;
     std::vector<std::pair<std::size_t, std::string>> gathered;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         if (containsNoCase(lines[i], "addweaponresult")) {
-            gathered.emplace_back(i, std::move(lines[i]));
+            gathered.emplace_back(i, joinedStatement(lines, i, 6));
             lines[i].clear();
         }
     }
@@ -133,27 +228,29 @@ void addWeaponResultPass(EditorDocument &document)
     std::vector<WeaponResult> results;
     std::vector<std::string> entries;
     for (const auto &[index, line] : gathered) {
-        results.push_back(resultFrom(line, index));
+        results.push_back(resultFrom(line, index, game));
         entries.push_back(ResultEntryText(results.back()));
     }
     document.WeaponResults = std::move(results);
     document.lstWeaponResults = std::move(entries);
 }
 
-void setAnglesPass(EditorDocument &document)
+void setAnglesPass(EditorDocument &document, GameNumbers &game)
 {
     std::vector<std::string> &lines = document.strScriptLines;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         if (!containsNoCase(lines[i], "setangles"))
             continue;
-        const std::vector<std::string_view> pieces = split(lines[i], ",");
+        const std::string statement = joinedStatement(lines, i, 6);
+        const std::vector<std::string_view> pieces = split(statement, ",");
         if (pieces.size() < 6)
             fail(i, "setAngles needs 5 numbers but has " + countText(pieces.size() - 1));
-        const double arc = realFrom(pieces[1], i, "setAngles firing arc");
-        const double left = realFrom(pieces[2], i, "setAngles left rotation");
-        const double right = realFrom(pieces[3], i, "setAngles right rotation");
-        const double down = realFrom(pieces[4], i, "setAngles down rotation");
-        const double up = realFrom(TextPieces::beforeFirst(pieces[5], ')'), i, "setAngles up rotation");
+        const auto angle = [&](std::size_t k) { return [&game, i, k] { return game.argument(i, "setangles", k); }; };
+        const double arc = realFrom(pieces[1], i, "setAngles firing arc", angle(1));
+        const double left = realFrom(pieces[2], i, "setAngles left rotation", angle(2));
+        const double right = realFrom(pieces[3], i, "setAngles right rotation", angle(3));
+        const double down = realFrom(pieces[4], i, "setAngles down rotation", angle(4));
+        const double up = realFrom(TextPieces::beforeFirst(pieces[5], ')'), i, "setAngles up rotation", angle(5));
         document.fFiringArc = arc;
         document.fLeftRotation = left;
         document.fRightRotation = right;
@@ -163,17 +260,20 @@ void setAnglesPass(EditorDocument &document)
     }
 }
 
-void setMiscValuesPass(EditorDocument &document)
+void setMiscValuesPass(EditorDocument &document, GameNumbers &game)
 {
     std::vector<std::string> &lines = document.strScriptLines;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         if (!containsNoCase(lines[i], "setmiscvalues"))
             continue;
-        const std::vector<std::string_view> pieces = split(lines[i], ",");
+        const std::string statement = joinedStatement(lines, i, 3);
+        const std::vector<std::string_view> pieces = split(statement, ",");
         if (pieces.size() < 3)
             fail(i, "setMiscValues needs 2 numbers but has " + countText(pieces.size() - 1));
-        const double recoil = realFrom(pieces[1], i, "setMiscValues barrel recoil");
-        const double delay = realFrom(TextPieces::beforeFirst(pieces[2], ')'), i, "setMiscValues slave fire delay");
+        const double recoil = realFrom(pieces[1], i, "setMiscValues barrel recoil",
+                                       [&] { return game.argument(i, "setmiscvalues", 1); });
+        const double delay = realFrom(TextPieces::beforeFirst(pieces[2], ')'), i, "setMiscValues slave fire delay",
+                                      [&] { return game.argument(i, "setmiscvalues", 2); });
         document.fBarrelRecoil = recoil;
         document.fSlaveFireDelay = delay;
         document.bHasMiscValues = true;
@@ -191,27 +291,24 @@ std::size_t firstLineNaming(const std::vector<std::string> &lines, std::string_v
 }
 
 // Each family entry whose name equals a record's family, letter case aside, takes the record's
-// spelling and value; the first equal record wins.
+// spelling and value; the first equal record wins. One look-up per entry keeps a game's family list
+// against a long table close to linear.
 template<typename Record, typename EntryText>
 void updateFamilyEntries(std::vector<std::string> &entries, const std::vector<Record> &records,
                          EntryText entryText)
 {
-    std::vector<std::string> names;
-    names.reserve(records.size());
-    for (const Record &record : records)
-        names.push_back(TextPieces::toLower(record.sFamily));
+    std::unordered_map<std::string, std::size_t> first;
+    first.reserve(records.size());
+    for (std::size_t k = 0; k < records.size(); ++k)
+        first.emplace(TextPieces::toLower(records[k].sFamily), k);
     for (std::string &entry : entries) {
-        const std::string name = TextPieces::toLower(std::string_view(entry).substr(0, entry.find(kEntrySeparator)));
-        for (std::size_t k = 0; k < names.size(); ++k) {
-            if (names[k] == name) {
-                entry = entryText(records[k]);
-                break;
-            }
-        }
+        const auto match = first.find(TextPieces::toLower(std::string_view(entry).substr(0, entry.find(kEntrySeparator))));
+        if (match != first.end())
+            entry = entryText(records[match->second]);
     }
 }
 
-void penetrationPass(EditorDocument &document)
+void penetrationPass(EditorDocument &document, GameNumbers &game)
 {
     std::vector<std::string> &lines = document.strScriptLines;
     const std::size_t start = firstLineNaming(lines, "setpenetration");
@@ -220,7 +317,8 @@ void penetrationPass(EditorDocument &document)
         if (pieces.size() < 2)
             fail(start, "setPenetration needs the shield penetration after the weapon name: " + shown(lines[start]));
         document.iFieldPenetration
-            = intFrom<std::int32_t>(StripTableChars(pieces[1]), start, "setPenetration shield penetration");
+            = intFrom<std::int32_t>(StripTableChars(pieces[1]), start, "setPenetration shield penetration",
+                                   [&] { return game.argument(start, "setpenetration", 1); });
         // A missing or unreadable default ("1)", "{") is no fault: the default stays 1.
         document.fDefaultPenetration = 1;
         if (pieces.size() > 2) {
@@ -240,7 +338,8 @@ void penetrationPass(EditorDocument &document)
                 FamilyPenetration &record = records.back();
                 record.sFamily = StripTableChars(line.substr(0, equals));
                 record.fPenetration = realFrom(StripTableChars(value), i,
-                                               "setPenetration value of family " + shown(record.sFamily));
+                                               "setPenetration value of family " + shown(record.sFamily),
+                                               [&] { return game.family(start, "setpenetration", record.sFamily); });
             }
             lines[i].clear();
             if (tableEnds)
@@ -256,7 +355,8 @@ void penetrationPass(EditorDocument &document)
 
 // One table line of setAccuracy; true when it filled the last record. "damage" is matched with its
 // case, so "Damage=1" is part of an ordinary entry and sets no flag.
-bool accuracyTableLine(std::string_view line, std::size_t index, std::vector<FamilyAccuracy> &records)
+bool accuracyTableLine(std::string_view line, std::size_t index, std::vector<FamilyAccuracy> &records,
+                       const std::function<std::optional<double>(const std::string &, bool)> &game)
 {
     const std::size_t firstEquals = line.find('=');
     const bool twoEquals = firstEquals != std::string_view::npos
@@ -275,7 +375,8 @@ bool accuracyTableLine(std::string_view line, std::size_t index, std::vector<Fam
             fail(index, "setAccuracy damage line needs damage=flag before its first comma: " + shown(line));
         FamilyAccuracy &record = records[records.size() - 2];
         record.iAlwaysDamage = intFrom<std::int16_t>(StripTableChars(flag), index,
-                                                     "setAccuracy damage flag of family " + shown(record.sFamily));
+                                                     "setAccuracy damage flag of family " + shown(record.sFamily),
+                                                     [&] { return game(record.sFamily, true); });
         return false;
     }
 
@@ -284,18 +385,20 @@ bool accuracyTableLine(std::string_view line, std::size_t index, std::vector<Fam
         fail(index, "setAccuracy entry needs family=value before its first comma: " + shown(line));
     FamilyAccuracy &record = records.back();
     record.sFamily = StripTableChars(TextPieces::beforeFirst(pieces[0], '='));
-    record.fAccuracy = realFrom(StripTableChars(value), index, "setAccuracy value of family " + shown(record.sFamily));
+    record.fAccuracy = realFrom(StripTableChars(value), index, "setAccuracy value of family " + shown(record.sFamily),
+                                [&] { return game(record.sFamily, false); });
     if (damage) {
         std::string_view flag;
         if (pieces.size() < 2 || !TextPieces::pieceAt(pieces[1], "=", 1, flag))
             fail(index, "setAccuracy entry needs damage=flag after its first comma: " + shown(line));
         record.iAlwaysDamage = intFrom<std::int16_t>(StripTableChars(flag), index,
-                                                     "setAccuracy damage flag of family " + shown(record.sFamily));
+                                                     "setAccuracy damage flag of family " + shown(record.sFamily),
+                                                     [&] { return game(record.sFamily, true); });
     }
     return true;
 }
 
-void accuracyPass(EditorDocument &document)
+void accuracyPass(EditorDocument &document, GameNumbers &game)
 {
     std::vector<std::string> &lines = document.strScriptLines;
     const std::size_t start = firstLineNaming(lines, "setaccuracy");
@@ -303,13 +406,16 @@ void accuracyPass(EditorDocument &document)
         const std::vector<std::string_view> pieces = split(TextPieces::beforeFirst(lines[start], ')'), ",");
         if (pieces.size() < 2)
             fail(start, "setAccuracy needs the default accuracy after the weapon name: " + shown(lines[start]));
-        document.iDefaultAccuracy = intFrom<std::int16_t>(pieces[1], start, "setAccuracy default accuracy");
+        document.iDefaultAccuracy = intFrom<std::int16_t>(pieces[1], start, "setAccuracy default accuracy",
+                                                          [&] { return game.argument(start, "setaccuracy", 1); });
         lines[start].clear();
 
         std::vector<FamilyAccuracy> &records = document.FamilyAccuracies;
         for (std::size_t i = start; i < lines.size(); ++i) {
             const bool tableEnds = lines[i].find(')') != std::string::npos;
-            const bool entry = accuracyTableLine(lines[i], i, records);
+            const bool entry = accuracyTableLine(lines[i], i, records, [&](const std::string &family, bool damage) {
+                return game.family(start, "setaccuracy", family, damage);
+            });
             lines[i].clear();
             if (tableEnds)
                 break;
@@ -350,17 +456,18 @@ ReadResult ReadWeaponScript(EditorDocument &document, std::string_view bytes)
         return {ReadOutcome::Failed, 0, "The file is empty."};
     document.strScriptLines = TextPieces::splitLines(bytes);
 
+    GameNumbers game(bytes);
     commentPass(document.strScriptLines);
-    if (const std::optional<std::size_t> index = startWeaponConfigPass(document)) {
+    if (const std::optional<std::size_t> index = startWeaponConfigPass(document, game)) {
         const int line = static_cast<int>(*index + 1);
         return {ReadOutcome::Abandoned, line, document.Weapon.lastError()};
     }
     try {
-        addWeaponResultPass(document);
-        setAnglesPass(document);
-        setMiscValuesPass(document);
-        penetrationPass(document);
-        accuracyPass(document);
+        addWeaponResultPass(document, game);
+        setAnglesPass(document, game);
+        setMiscValuesPass(document, game);
+        penetrationPass(document, game);
+        accuracyPass(document, game);
     } catch (const LineFailure &failure) {
         const int line = static_cast<int>(failure.index + 1);
         return {ReadOutcome::Failed, line, failure.message};

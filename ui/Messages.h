@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 // The texts of the editor's message boxes, built in one place so tests compare them exactly.
 namespace Messages {
@@ -40,6 +41,16 @@ inline QString unrecognizedFireType(const QString &fireType)
 inline QString cannotOpen(const QString &path, const QString &reason)
 {
     return QStringLiteral("Cannot open '") + path + QStringLiteral("': ") + reason;
+}
+
+// The first things a save would change in what the game reads from a script just opened.
+inline QString saveChangesWhatTheGameReads(const QString &path, const QStringList &changes, int notListed)
+{
+    QString text = QStringLiteral("Saving '") + path + QStringLiteral("' may change what the game reads from it:\n\n")
+                   + changes.join(QLatin1Char('\n'));
+    if (notListed > 0)
+        text += QStringLiteral("\n... and %1 more (vantorel-cli check lists them all).").arg(notListed);
+    return text;
 }
 
 inline QString familiesOutOfStep()

@@ -5,6 +5,7 @@
 #include "AppInfo.h"
 #include "AtomicFile.h"
 #include "FamilyList.h"
+#include "GameCompare.h"
 #include "GameReading.h"
 #include "Latin1.h"
 #include "Messages.h"
@@ -105,9 +106,8 @@ void WepnEditor_Main::Open_Click()
     refreshList(lstWeaponResults, document.lstWeaponResults);
     refreshList(lstArmorFamilies, document.lstArmorFamilies);
     refreshList(lstAccuracy, document.lstAccuracy);
-    if (read.outcome == ReadOutcome::Abandoned)
-        return abandon();
-    if (read.outcome == ReadOutcome::Failed) {
+    // An abandoned read leaves the window as a failed one does; both say why, with the line.
+    if (!read.completed()) {
         dialogs().message(Messages::cannotOpen(PathText::toQString(document.strWEPNFile),
                                                Latin1::toQString(read.message())),
                           {});
@@ -157,6 +157,26 @@ void WepnEditor_Main::Open_Click()
     const bool turret = TextPieces::toLower(document.Weapon.sWeaponType) == "animatedturret";
     for (QLineEdit *rotation : {txtLeftRot, txtRightRot, txtUpRot, txtDownRot})
         rotation->setEnabled(turret);
+    // Read as the game reads it, a save keeps the script's text: it changes nothing unasked.
+    if (!m_gameScript)
+        warnOfSaveChanges(bytes);
+}
+
+// A mod author must never overwrite a script without knowing that the editor's save would change
+// what the game reads from it: the script as read against what a save without edits writes.
+void WepnEditor_Main::warnOfSaveChanges(const std::string &bytes)
+{
+    constexpr std::size_t kListed = 10;
+    const std::vector<GameChange> changes = SaveChanges(bytes, WeaponScriptText(document));
+    if (changes.empty())
+        return;
+    QStringList listed;
+    for (std::size_t i = 0; i < changes.size() && i < kListed; ++i)
+        listed << (changes[i].line > 0 ? QStringLiteral("Line %1: ").arg(changes[i].line) : QStringLiteral("Whole file: "))
+                      + Latin1::toQString(changes[i].message);
+    dialogs().message(Messages::saveChangesWhatTheGameReads(PathText::toQString(document.strWEPNFile), listed,
+                                                            static_cast<int>(changes.size() - listed.size())),
+                      {});
 }
 
 void WepnEditor_Main::Save_Click()

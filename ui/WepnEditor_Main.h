@@ -131,6 +131,9 @@ public:
     // Both give false when the Open must take its failure path.
     bool LoadWeaponEffects();
     bool LoadFamilyList();
+    // After a complete Open: tells the user what a save without edits would change in what the
+    // game reads from the script, if anything.
+    void warnOfSaveChanges(const std::string &bytes);
 
     // --- Showing and collecting (WepnEditor_Document.cpp) -------------------------------------
     // Puts the record and the document into the controls, fills the families still marked "N"

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <ctime>
 
 namespace {
 
@@ -38,16 +38,24 @@ struct Refused
 
 class GameViewRefuses : public testing::TestWithParam<Refused> {};
 
-// Each ends quickly with its line and reason, and nothing of the machine is reachable.
+double threadSeconds()
+{
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
+}
+
+// Each ends quickly with its line and reason, and nothing of the machine is reachable. The time is
+// the processor's, so that a busy machine does not fail the test.
 TEST_P(GameViewRefuses, WithLineAndReasonWithinMilliseconds)
 {
-    const auto start = std::chrono::steady_clock::now();
+    const double start = threadSeconds();
     const GameView::Run run = GameView::RunScript(GetParam().script);
-    const auto took = std::chrono::steady_clock::now() - start;
+    const double took = threadSeconds() - start;
     EXPECT_FALSE(run.ok);
     EXPECT_EQ(run.line, GetParam().line);
     EXPECT_EQ(run.reason, GetParam().reason);
-    EXPECT_LT(took, std::chrono::milliseconds(100));
+    EXPECT_LT(took, 0.1);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -60,6 +68,8 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"DeepRecursion", "local function f() return 1 + f() end\nf()", 1,
                 "nests calls too deeply (more than 10000 levels)"},
         Refused{"EndlessCalls", "while true do setAngles(NewWeaponType) end", 1,
+                "makes too many calls or passes too much data"},
+        Refused{"HugeArguments", "local t = {}\nfor i = 1, 100000 do t[i] = i end\nwhile true do f(t) end", 3,
                 "makes too many calls or passes too much data"},
         Refused{"Precompiled", std::string("\x1bLua\x54\x00", 6), 0,
                 "attempt to load a binary chunk (mode is 't')"},

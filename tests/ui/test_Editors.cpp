@@ -55,7 +55,10 @@ class TestEditors : public WindowTest
     {
         open(path);
         QVERIFY(window->cmdAdd->isEnabled());
-        QCOMPARE(dialogs->messages, QStringList());
+        // Short test scripts lack statements that a save adds; Open's warning of that is no failure.
+        for (const QString &message : std::as_const(dialogs->messages))
+            QVERIFY2(message.startsWith(QStringLiteral("Saving '")), qPrintable(message));
+        dialogs->messages.clear();
     }
 
     // Save As, then the saved file read back as Open reads a script.
