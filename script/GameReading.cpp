@@ -150,7 +150,6 @@ std::optional<Numeral> numeral(const Expression &expression)
 }
 
 // The order the game's view keeps a table's entries in.
-// (A generic lambda: clang cannot instantiate the pair of the self-containing Value here.)
 const auto entryBefore = [](const auto &a, const auto &b) {
     const bool aNumber = a.first.kind == Value::Kind::Number, bNumber = b.first.kind == Value::Kind::Number;
     if (aNumber != bNumber)

@@ -79,7 +79,12 @@ INSTANTIATE_TEST_SUITE_P(
         Edit{"flak.wepn", "flak.result-added.wepn", [](EditorDocument &d) {
                  d.addResult({"Hit", "DamageHealth", "Target", 10, 20, ""});
                  d.fFiringArc = 30;
-             }}));
+             }}),
+    [](const testing::TestParamInfo<Edit> &info) {
+        std::string name = info.param.expected;
+        std::replace_if(name.begin(), name.end(), [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); }, '_');
+        return name;
+    });
 
 TEST(GameReading, ValuesTheDocumentCannotHoldAreKeptAndUnknownLuaIsToldOnOpen)
 {
