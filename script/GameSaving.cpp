@@ -462,6 +462,7 @@ private:
             if (families == 1) {
                 Expression copy = table;
                 tidy(copy);
+                std::erase_if(copy.fields, [](const Field &f) { return !f.key; });
                 for (Field &field : copy.fields)
                     if (field.key && field.key->text != (accuracy ? "damage" : "")) {
                         field.key->text = family;
@@ -610,42 +611,32 @@ private:
         return after.value_or(static_cast<int>(m_tree.statements.size()) - 1);
     }
 
+    // A statement the script lacked, in the editor's own layout, with the document's values and,
+    // for a family table, the families whose values changed.
     void addMissing(std::string_view name)
     {
-        const EditorDocument &d = m_document;
-        std::string text;
-        if (name == "StartWeaponConfig") {
-            text = d.Weapon.SWCString();
-        } else if (name == "setAngles") {
-            text = "setAngles(NewWeaponType," + literal(d.fFiringArc) + "," + literal(d.fLeftRotation) + ","
-                   + literal(d.fRightRotation) + "," + literal(d.fDownRotation) + "," + literal(d.fUpRotation) + ")";
-        } else if (name == "setPenetration") {
-            text = "setPenetration(NewWeaponType," + literal(d.iFieldPenetration) + "," + literal(d.fDefaultPenetration);
-            for (std::size_t i = 0; i < d.FamilyPenetrations.size(); ++i) {
-                const FamilyPenetration &r = d.FamilyPenetrations[i];
-                if (i < m_opened.FamilyPenetrations.size()
-                    && sameNumber(r.fPenetration, m_opened.FamilyPenetrations[i].fPenetration))
-                    continue;
-                if (!isLuaName(r.sFamily))
-                    problems.push_back("family " + r.sFamily + " of setPenetration cannot be written as a table key");
-                text += "," + m_lineEnd + "{" + r.sFamily + "=" + literal(r.fPenetration) + ",}";
-            }
-            text += ")";
-        } else if (name == "setAccuracy") {
-            text = "setAccuracy(NewWeaponType," + literal(d.iDefaultAccuracy);
-            for (std::size_t i = 0; i < d.FamilyAccuracies.size(); ++i) {
-                const FamilyAccuracy &r = d.FamilyAccuracies[i];
-                if (i < m_opened.FamilyAccuracies.size() && sameNumber(r.fAccuracy, m_opened.FamilyAccuracies[i].fAccuracy)
-                    && r.iAlwaysDamage == m_opened.FamilyAccuracies[i].iAlwaysDamage)
-                    continue;
-                if (!isLuaName(r.sFamily))
-                    problems.push_back("family " + r.sFamily + " of setAccuracy cannot be written as a table key");
-                text += "," + m_lineEnd + "{" + r.sFamily + "=" + literal(r.fAccuracy)
-                        + (r.iAlwaysDamage != 0 ? ", damage=" + literal(r.iAlwaysDamage) : std::string()) + ",}";
-            }
-            text += ")";
+        std::string text = std::string(name) + "(NewWeaponType";
+        for (const Slot &slot : slotTable())
+            if (slot.statement == name)
+                std::visit([&](auto member) { text += "," + literal(get(m_document, member)); }, slot.member);
+        const auto addFamily = [&](const std::string &family, const std::string &entry) {
+            if (!isLuaName(family))
+                problems.push_back("family " + family + " of " + std::string(name) + " cannot be written as a table key");
+            text += "," + m_lineEnd + "{" + family + "=" + entry + ",}";
+        };
+        const EditorDocument &d = m_document, &was = m_opened;
+        for (std::size_t i = 0; name == "setPenetration" && i < d.FamilyPenetrations.size(); ++i)
+            if (i >= was.FamilyPenetrations.size()
+                || !sameNumber(d.FamilyPenetrations[i].fPenetration, was.FamilyPenetrations[i].fPenetration))
+                addFamily(d.FamilyPenetrations[i].sFamily, literal(d.FamilyPenetrations[i].fPenetration));
+        for (std::size_t i = 0; name == "setAccuracy" && i < d.FamilyAccuracies.size(); ++i) {
+            const FamilyAccuracy &r = d.FamilyAccuracies[i];
+            if (i < was.FamilyAccuracies.size() && sameNumber(r.fAccuracy, was.FamilyAccuracies[i].fAccuracy)
+                && r.iAlwaysDamage == was.FamilyAccuracies[i].iAlwaysDamage)
+                continue;
+            addFamily(r.sFamily, literal(r.fAccuracy) + (r.iAlwaysDamage != 0 ? ", damage=" + literal(r.iAlwaysDamage) : ""));
         }
-        std::optional<Statement> statement = statementFrom(text);
+        std::optional<Statement> statement = statementFrom(text + ")");
         if (!statement) {
             problems.push_back("a new " + std::string(name) + " statement cannot be written");
             return;
