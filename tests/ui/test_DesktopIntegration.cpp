@@ -21,7 +21,6 @@ public:
     QStringList asked;
     QQueue<SaveChoice> choices;
     std::optional<QString> folder;
-
     SaveChoice askSaveChanges(const QString &text) override
     {
         asked << text;
@@ -39,27 +38,23 @@ class TestDesktopIntegration : public WindowTest
     Q_OBJECT
     AskingDialogs *asking = nullptr;
 
-    void start(bool shown = false)
+    void start()
     {
-        startWindow(true, false);
+        startWindow();
         auto mine = std::make_unique<AskingDialogs>();
         dialogs = asking = mine.get();
         window = std::make_unique<WepnEditor_Main>(*settings, std::move(mine));
         window->Form_Load();
-        if (shown) {
-            window->show();
-            QVERIFY(QTest::qWaitForWindowExposed(window.get()));
-        }
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
     }
     void drop(const QString &path)
     {
         QMimeData mime;
         mime.setUrls({QUrl::fromLocalFile(path)});
         QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(window.get(), &enter);
         QDropEvent event(QPointF(10, 10), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(window.get(), &event);
-        QVERIFY(enter.isAccepted() && event.isAccepted());
+        QVERIFY(QCoreApplication::sendEvent(window.get(), &enter) && QCoreApplication::sendEvent(window.get(), &event));
     }
 
 private slots:
@@ -69,15 +64,14 @@ private slots:
         QTest::addColumn<QString>("file"); // in the temporary folder
         QTest::addColumn<QString>("message");
         QTest::addColumn<QString>("caption");
-        QTest::newRow("missing argument") << false << "Data/None.wepn" << "The file '%1/Data/None.wepn' does not exist."
-                                          << "Vantorel 1.4.3";
+        const QString started = QStringLiteral("Vantorel 1.4.3");
+        QTest::newRow("missing argument") << false << "Data/None.wepn" << "The file '%1/Data/None.wepn' does not exist." << started;
         QTest::newRow("dropped text file") << true << "notes.txt"
-                                           << "'%1/notes.txt' is not a weapon script: only .wepn files can be opened."
-                                           << "Vantorel 1.4.3";
+                                           << "'%1/notes.txt' is not a weapon script: only .wepn files can be opened." << started;
         QTest::newRow("dropped script") << true << "GUN.WEPN" << "" << "Vantorel v1.4 - GUN.WEPN";
         QTest::newRow("argument, no game folder") << false << "GUN.WEPN"
             << "The folder '%1/Data/Scripts/Weaponfire' does not exist.\n\nChoose the game's data folder with "
-               "Settings > Manage Directories > Decompiled Data." << "Vantorel 1.4.3";
+               "Settings > Manage Directories > Decompiled Data." << started;
     }
     void pathsFromTheCommandLineAndDrops()
     {
@@ -90,10 +84,7 @@ private slots:
         writeFile(dir.filePath(QStringLiteral("notes.txt")), "text");
         if (QLatin1String(QTest::currentDataTag()) == QLatin1String("argument, no game folder"))
             QVERIFY(QDir(data + QStringLiteral("/Scripts/Weaponfire")).removeRecursively());
-        if (dropped)
-            drop(dir.filePath(file));
-        else
-            window->OpenPath(dir.filePath(file));
+        dropped ? drop(dir.filePath(file)) : void(window->OpenPath(dir.filePath(file)));
         QCOMPARE(dialogs->messages, message.isEmpty() ? QStringList() : QStringList{message.arg(dir.path())});
         QCOMPARE(window->windowTitle(), caption);
         QCOMPARE(window->intLoaded, std::int16_t(message.isEmpty()));
@@ -117,36 +108,27 @@ private slots:
         QFETCH(QString, action);
         QFETCH(int, choice);
         QFETCH(bool, replaced);
-        start(true);
+        start();
         open(weapon(QStringLiteral("SwarmMissile")));
-        window->close(); // nothing changed: no question
-        QVERIFY(asking->asked.isEmpty() && !window->isVisible());
+        QVERIFY(window->close() && asking->asked.isEmpty()); // nothing changed: no question
         window->show();
         window->lstArmorFamilies->setCurrentRow(1);
         QTest::keyClicks(window->Value[4], QStringLiteral("7"));
-        QVERIFY(window->bModified);
         const QString armour = rows(window->lstArmorFamilies), range = window->Value[4]->text();
 
         asking->choices.enqueue(Dialogs::SaveChoice(choice));
         dialogs->answers.enqueue(dir.filePath(QStringLiteral("Saved.wepn")));
-        if (action == QLatin1String("close"))
-            window->close();
-        else if (action == QLatin1String("exit"))
-            window->Exit->trigger();
-        else if (action == QLatin1String("open"))
-            window->Open->trigger();
+        if (action == QLatin1String("close") || action == QLatin1String("exit"))
+            action == QLatin1String("close") ? void(window->close()) : window->Exit->trigger();
         else
-            drop(weapon(QStringLiteral("IonBeam")));
+            action == QLatin1String("open") ? window->Open->trigger() : drop(weapon(QStringLiteral("IonBeam")));
 
         QCOMPARE(asking->asked, QStringList{QStringLiteral("Save changes to SwarmMissile.wepn?")});
-        QCOMPARE(dialogs->requests.size(), choice == int(Dialogs::SaveChoice::SaveAs) ? 2 : 1);
         QCOMPARE(QFile::exists(dir.filePath(QStringLiteral("Saved.wepn"))), choice == int(Dialogs::SaveChoice::SaveAs));
-        if (action == QLatin1String("close") || action == QLatin1String("exit"))
-            QCOMPARE(!window->isVisible(), replaced);
-        else
-            QCOMPARE(window->windowTitle().endsWith(QLatin1String("IonBeam.wepn")), replaced);
+        QCOMPARE(dialogs->requests.size(), 1 + int(choice == int(Dialogs::SaveChoice::SaveAs)));
+        QCOMPARE(!window->isVisible() || window->windowTitle().endsWith(QLatin1String("IonBeam.wepn")), replaced);
         if (!replaced) { // the window and the document as they were
-            QVERIFY(window->isVisible() && window->bModified);
+            QVERIFY(window->bModified);
             QCOMPARE(window->Value[4]->text(), range);
             QCOMPARE(rows(window->lstArmorFamilies), armour);
             QCOMPARE(window->lstArmorFamilies->currentRow(), 1);
@@ -160,9 +142,8 @@ private slots:
         start();
         open(weapon(QStringLiteral("SwarmMissile")));
         const QString familyList = data + QStringLiteral("/Scripts/familylist.lua");
-        QByteArray text = fileBytes(familyList);
-        text.replace("{ name = \"ShieldedHull\", },\r\n", "{ name = \"ShieldedHull\", },\r\n{ name = \"Titan\", },\r\n");
-        writeFile(familyList, text);
+        writeFile(familyList, fileBytes(familyList).replace("{ name = \"ShieldedHull\", },\r\n",
+                                                            "{ name = \"ShieldedHull\", },\r\n{ name = \"Titan\", },\r\n"));
         open(std::nullopt);
         save(dir.filePath(QStringLiteral("Out.wepn")));
         QCOMPARE(dialogs->messages, QStringList{QStringLiteral("Successfully saved to '%1'").arg(dir.filePath(QStringLiteral("Out.wepn")))});
@@ -171,13 +152,12 @@ private slots:
 
     void directoryDialogKeysAndBrowse()
     {
-        start(true);
+        start();
         qputenv("HOME", dir.path().toLocal8Bit()); // "~" is the temporary folder
         for (const QString &key : {QStringLiteral("escape"), QStringLiteral("browse"), QStringLiteral("enter")}) {
             window->DecompiledData->trigger();
             QPointer<frmDecompiledDataDir> dialog = window->directoryDialog();
-            QVERIFY(dialog && QTest::qWaitForWindowExposed(dialog));
-            QVERIFY(dialog->cmdOK->isDefault());
+            QVERIFY(dialog && QTest::qWaitForWindowExposed(dialog) && dialog->cmdOK->isDefault());
             QLabel *text = dialog->lblInstructions;
             QVERIFY(text->height() >= text->heightForWidth(text->width())); // nothing cut off
             dialog->txtDataDir->setText(QStringLiteral("~/Data"));
@@ -198,7 +178,7 @@ private slots:
     // Run at 1x on a 1920x1200 screen, and at 2x on a 1600x1000 one (see CMakeLists.txt).
     void fitsTheScreen()
     {
-        start(true);
+        start();
         const bool doubled = qEnvironmentVariable("QT_SCALE_FACTOR") == QLatin1String("2");
         const QRect room = window->screen()->availableGeometry();
         QCOMPARE(room.size(), doubled ? QSize(800, 500) : QSize(1920, 1200));
@@ -212,36 +192,24 @@ private slots:
         }
     }
 
-    void darkPalette_data()
+    void darkPaletteIconAndOpenDialogName()
     {
-        QTest::addColumn<bool>("dark");
-        QTest::addColumn<QColor>("caption");
-        QTest::newRow("default") << false << QColor(0x00, 0x00, 0xFF);
-        QTest::newRow("dark") << true << QColor(0x8C, 0x8C, 0xFF);
-    }
-    void darkPalette()
-    {
-        QFETCH(bool, dark);
-        QFETCH(QColor, caption);
         const QPalette platform = QApplication::palette();
-        QPalette palette = platform;
-        if (dark) {
-            palette.setColor(QPalette::Window, QColor(0x30, 0x30, 0x30));
-            palette.setColor(QPalette::WindowText, Qt::white);
-            palette.setColor(QPalette::ButtonText, Qt::white);
+        for (const bool dark : {false, true}) {
+            QPalette palette = platform;
+            if (dark) {
+                palette.setColor(QPalette::Window, QColor(0x30, 0x30, 0x30));
+                palette.setColor(QPalette::WindowText, Qt::white);
+                palette.setColor(QPalette::ButtonText, Qt::white);
+            }
+            QApplication::setPalette(palette);
+            start();
+            QApplication::setPalette(platform);
+            QCOMPARE(window->fraPenetration->palette().color(QPalette::WindowText), dark ? QColor(0x8C, 0x8C, 0xFF) : QColor(0x00, 0x00, 0xFF));
+            QCOMPARE(window->cmdAdd->palette().color(QPalette::Button), QColor(0xC0, 0xC0, 0xC0));
+            QCOMPARE(window->cmdAdd->palette().color(QPalette::ButtonText), dark ? QColor(Qt::black) : platform.color(QPalette::ButtonText));
+            QCOMPARE(window->chkAlwaysDMG->palette().color(QPalette::WindowText), dark ? QColor(Qt::black) : platform.color(QPalette::WindowText));
         }
-        QApplication::setPalette(palette);
-        start();
-        QApplication::setPalette(platform);
-        QCOMPARE(window->fraPenetration->palette().color(QPalette::WindowText), caption);
-        QCOMPARE(window->cmdAdd->palette().color(QPalette::Button), QColor(0xC0, 0xC0, 0xC0));
-        QCOMPARE(window->cmdAdd->palette().color(QPalette::ButtonText), dark ? QColor(Qt::black) : palette.color(QPalette::ButtonText));
-        QCOMPARE(window->chkAlwaysDMG->palette().color(QPalette::WindowText), dark ? QColor(Qt::black) : palette.color(QPalette::WindowText));
-    }
-
-    void iconAndOpenDialogName()
-    {
-        start();
         QVERIFY(!window->windowIcon().availableSizes().isEmpty());
         QFileDialog dialog;
         prepareOpenDialog(dialog, data, scriptFileFilter(), QStringLiteral("*.wepn"));
