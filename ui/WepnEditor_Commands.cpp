@@ -75,7 +75,7 @@ bool WepnEditor_Main::prepareOpen()
 
 void WepnEditor_Main::Open_Click()
 {
-    if (!askToKeepChanges())
+    if (!resolveUnsavedChanges())
         return;
     if (!prepareOpen())
         return openFailed();
@@ -98,7 +98,7 @@ bool WepnEditor_Main::OpenPath(const QString &path)
         dialogs().message(Messages::notAScript(path), {});
         return false;
     }
-    if (!askToKeepChanges())
+    if (!resolveUnsavedChanges())
         return false;
     if (!prepareOpen()) {
         openFailed();
@@ -220,7 +220,7 @@ void WepnEditor_Main::Save_Click()
     dialogs().message(Messages::savedTo(PathText::toQString(document.strWEPNFile)), {});
 }
 
-bool WepnEditor_Main::askToKeepChanges()
+bool WepnEditor_Main::resolveUnsavedChanges()
 {
     if (!bModified || intLoaded == 0)
         return true;

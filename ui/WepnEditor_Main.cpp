@@ -766,7 +766,7 @@ void WepnEditor_Main::Exit_Click()
 
 void WepnEditor_Main::closeEvent(QCloseEvent *event)
 {
-    if (askToKeepChanges())
+    if (resolveUnsavedChanges())
         event->accept();
     else
         event->ignore();

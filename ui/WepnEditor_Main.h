@@ -133,7 +133,7 @@ public:
     bool OpenPath(const QString &path);
     // The unsaved-changes question before the document is replaced or the window closes; false
     // when the user keeps the document (Cancel, or a Save As that did not complete).
-    bool askToKeepChanges();
+    bool resolveUnsavedChanges();
     // The scroll area that takes the form when it does not fit the screen; null while it fits.
     QWidget *fitToScreen();
 
