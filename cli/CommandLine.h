@@ -12,7 +12,12 @@ struct CommandLine
 
     Command command = Command::Help;
     bool inPlace = false;
+    // check: any warning fails the run.
+    bool strict = false;
+    // No arguments at all: the usage goes to standard error, as a usage error.
+    bool bare = false;
     std::optional<std::string> dataDir;
+    // "-" stands for standard input (check and normalize to standard output).
     std::vector<std::string> files;
     // Set when the arguments are no valid command line; the program then exits with status 2.
     std::string usageError;

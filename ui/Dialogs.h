@@ -22,6 +22,13 @@ public:
                                             const QString &initialName) = 0;
     // The chosen target, or nothing when the user cancels. Replacing a file asks nothing.
     virtual std::optional<QString> saveFile(const QString &proposedPath, const QString &filter) = 0;
+
+    enum class SaveChoice { SaveAs, Discard, Cancel };
+    // The unsaved-changes question ("Save changes to NAME?") with Save As..., Discard and Cancel.
+    // Stand-ins that do not answer it discard, as the editor did before it asked.
+    virtual SaveChoice askSaveChanges(const QString & /*text*/) { return SaveChoice::Discard; }
+    // A folder picked in the platform's folder dialog, starting at start; nothing when cancelled.
+    virtual std::optional<QString> chooseFolder(const QString & /*start*/) { return std::nullopt; }
 };
 
 // The filter of both file dialogs; it matches ".wepn" in any letter case.
@@ -38,9 +45,13 @@ public:
     std::optional<QString> openFile(const QString &folder, const QString &filter,
                                     const QString &initialName) override;
     std::optional<QString> saveFile(const QString &proposedPath, const QString &filter) override;
+    SaveChoice askSaveChanges(const QString &text) override;
+    std::optional<QString> chooseFolder(const QString &start) override;
 };
 
 class QFileDialog;
 // What both file dialogs share: the filter, matched without regard to letter case. Tests check
 // the matching on a dialog that is shown without being run.
 void prepareFileDialog(QFileDialog &dialog, const QString &filter);
+// The open dialog as File > Open shows it: folder, filter and the name box's first text.
+void prepareOpenDialog(QFileDialog &dialog, const QString &folder, const QString &filter, const QString &initialName);
