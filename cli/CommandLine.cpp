@@ -1,22 +1,43 @@
 // SPDX-License-Identifier: MIT
 #include "CommandLine.h"
 
+#include <algorithm>
+
+// Every column starts at the same place, and no line is wider than 80 characters.
 const char *const kUsage =
     "Usage:\n"
-    "  vantorel-cli normalize [--data-dir DIR] FILE             the normalised script of FILE to standard output\n"
-    "  vantorel-cli normalize --in-place [--data-dir DIR] FILE...  rewrite each FILE in normalised form\n"
-    "  vantorel-cli check [--data-dir DIR] FILE...               report what the editor cannot read or a save\n"
-    "                                                           would change; change nothing\n"
+    "  vantorel-cli normalize [--data-dir DIR] FILE\n"
+    "  vantorel-cli normalize --in-place [--data-dir DIR] FILE...\n"
+    "  vantorel-cli check [--strict] [--data-dir DIR] FILE...\n"
     "  vantorel-cli --help | --version\n"
     "\n"
-    "--read=game reads each script as the game does and keeps its text: normalize writes the input's\n"
-    "own bytes and check reports only what a save in that mode would change. --read=editor (the\n"
-    "default) reads the editor's dialect and saves the normalised form.\n"
-    "A FILE may be a folder: every .wepn file below it, sorted by path. The data directory is DIR,\n"
-    "else the editor's stored setting, else its default; its Scripts/familylist.lua gives the families.\n"
-    "Normalised means the bytes the editor writes when the script is opened and saved unchanged.\n"
-    "Exit status: 0 every file read (warnings allowed), 1 a file could not be read or written,\n"
-    "2 usage error.\n";
+    "Commands:\n"
+    "  normalize             write the normalised script of FILE to standard output\n"
+    "  normalize --in-place  rewrite each FILE in normalised form\n"
+    "  check                 report what the editor cannot read or a save would change;\n"
+    "                        change nothing\n"
+    "\n"
+    "Options:\n"
+    "  --data-dir DIR        the game's data directory; else the editor's stored\n"
+    "                        setting, else its default\n"
+    "  --in-place            normalize: rewrite the FILEs instead of printing\n"
+    "  --strict              check: fail (exit 1) on any warning\n"
+    "  --read=game           read each script as the game does and keep its text:\n"
+    "                        normalize writes the input's own bytes, check reports\n"
+    "                        only what a save in that mode would change\n"
+    "  --read=editor         read the editor's dialect, save the normalised form\n"
+    "                        (the default)\n"
+    "  -h, --help            show this help\n"
+    "  --version             show the version\n"
+    "\n"
+    "A FILE may be a folder: every .wepn file below it, sorted by path; a folder\n"
+    "without one is an error. A FILE \"-\" is standard input (check, normalize).\n"
+    "Normalised means the bytes the editor writes when the script is opened and\n"
+    "saved unchanged. On a terminal, check ends with a summary line on standard\n"
+    "error, and a run that lasts longer than a second shows its progress there.\n"
+    "\n"
+    "Exit status: 0 every file read (warnings allowed, unless --strict), 1 a file\n"
+    "could not be read or written (or a warning with --strict), 2 usage error.\n";
 
 CommandLine ParseCommandLine(const std::vector<std::string> &arguments)
 {
@@ -25,8 +46,10 @@ CommandLine ParseCommandLine(const std::vector<std::string> &arguments)
         line.usageError = std::move(reason);
         return line;
     };
-    if (arguments.empty())
+    if (arguments.empty()) {
+        line.bare = true;
         return fail("no command given");
+    }
 
     const std::string &first = arguments[0];
     if (first == "--help" || first == "-h")
@@ -54,6 +77,8 @@ CommandLine ParseCommandLine(const std::vector<std::string> &arguments)
             return line;
         } else if (argument == "--in-place" && line.command == CommandLine::Command::Normalize) {
             line.inPlace = true;
+        } else if (argument == "--strict" && line.command == CommandLine::Command::Check) {
+            line.strict = true;
         } else if (argument == "--read=editor" || argument == "--read=game") {
             line.reading = argument == "--read=game" ? CommandLine::Reading::Game : CommandLine::Reading::Editor;
         } else if (argument == "--data-dir") {
@@ -70,5 +95,10 @@ CommandLine ParseCommandLine(const std::vector<std::string> &arguments)
         return fail("--data-dir needs a directory");
     if (line.files.empty())
         return fail(first + " needs at least one FILE");
+    const auto stdinCount = std::count(line.files.begin(), line.files.end(), "-");
+    if (stdinCount > 0 && line.inPlace)
+        return fail("--in-place cannot rewrite standard input ('-')");
+    if (stdinCount > 1)
+        return fail("standard input ('-') can be read only once");
     return line;
 }

@@ -12,11 +12,16 @@ struct CommandLine
 
     Command command = Command::Help;
     bool inPlace = false;
+    // check: any warning fails the run.
+    bool strict = false;
+    // No arguments at all: the usage goes to standard error, as a usage error.
+    bool bare = false;
     // How scripts are read: in the editor's dialect (saved normalised) or as the game reads them
     // (saved in their own text). --read=editor or --read=game.
     enum class Reading { Editor, Game };
     Reading reading = Reading::Editor;
     std::optional<std::string> dataDir;
+    // "-" stands for standard input (check and normalize to standard output).
     std::vector<std::string> files;
     // Set when the arguments are no valid command line; the program then exits with status 2.
     std::string usageError;

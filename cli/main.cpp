@@ -10,6 +10,7 @@
 #include "GamePaths.h"
 #include "GameReading.h"
 #include "PathText.h"
+#include "Progress.h"
 #include "ScriptCheck.h"
 #include "ScriptReader.h"
 #include "ScriptWriter.h"
@@ -19,6 +20,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <future>
+#include <iostream>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -41,9 +44,26 @@ void failure(const std::string &message)
     printLine(stderr, message);
 }
 
+// "-" is standard input, and messages say so.
+std::string shownName(const std::string &file)
+{
+    return file == "-" ? "(standard input)" : file;
+}
+
 std::string location(const std::string &file, int line)
 {
-    return file + ':' + std::to_string(line) + ": ";
+    return shownName(file) + ':' + std::to_string(line) + ": ";
+}
+
+std::optional<std::string> readInput(const std::string &path, std::string &bytes)
+{
+    if (path != "-")
+        return AtomicFile::read(path, bytes);
+    std::cin.clear();
+    bytes.assign(std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>());
+    if (std::cin.bad())
+        return std::string("cannot read the standard input");
+    return std::nullopt;
 }
 
 // Folders are replaced by the .wepn files below them, in any letter case, sorted by path.
@@ -52,7 +72,7 @@ bool expandFolders(const std::vector<std::string> &arguments, std::vector<std::s
     bool ok = true;
     for (const std::string &argument : arguments) {
         std::error_code error;
-        if (!std::filesystem::is_directory(argument, error)) {
+        if (argument == "-" || !std::filesystem::is_directory(argument, error)) {
             scripts.push_back(argument);
             continue;
         }
@@ -67,6 +87,9 @@ bool expandFolders(const std::vector<std::string> &arguments, std::vector<std::s
         if (error) {
             failure(argument + ": cannot list the folder: " + error.message());
             ok = false;
+        } else if (found.empty()) {
+            failure("vantorel-cli: " + argument + ": no .wepn file in this folder");
+            ok = false;
         }
         std::sort(found.begin(), found.end());
         scripts.insert(scripts.end(), found.begin(), found.end());
@@ -74,25 +97,38 @@ bool expandFolders(const std::vector<std::string> &arguments, std::vector<std::s
     return ok;
 }
 
-std::string dataDirectory(const CommandLine &commandLine)
+struct DataDirectory
+{
+    std::string path;
+    // Where the path came from and how to give another, for a data directory that is missing.
+    std::string origin;
+};
+
+DataDirectory dataDirectory(const CommandLine &commandLine)
 {
     if (commandLine.dataDir)
-        return *commandLine.dataDir;
+        return {*commandLine.dataDir, " The data directory was given with --data-dir."};
     const auto settings = DataDirectorySetting::userSettings();
-    return PathText::toBytes(DataDirectorySetting::load(*settings));
+    const std::string path = PathText::toBytes(DataDirectorySetting::load(*settings));
+    const std::string store = PathText::toBytes(settings->fileName());
+    if (DataDirectorySetting::isStored(*settings))
+        return {path, " The data directory comes from the editor's stored setting (" + store
+                          + "); give another with --data-dir DIR."};
+    return {path, " The data directory is the default, as the editor has stored none (" + store
+                      + "); give one with --data-dir DIR."};
 }
 
 // The same checks and the same reading as the editor's Open before it asks for a script.
-bool loadFamilies(const std::string &dataDir, FamilyList &families)
+bool loadFamilies(const DataDirectory &dataDir, FamilyList &families)
 {
-    const GamePaths::Paths paths = GamePaths::derive(dataDir);
+    const GamePaths::Paths paths = GamePaths::derive(dataDir.path);
     const CustomFSO fso;
     if (!fso.FolderExists(paths.strWFDir)) {
-        failure("vantorel-cli: The folder '" + paths.strWFDir + "' does not exist.");
+        failure("vantorel-cli: The folder '" + paths.strWFDir + "' does not exist." + dataDir.origin);
         return false;
     }
     if (!fso.FileExists(paths.strFLFile)) {
-        failure("vantorel-cli: The file '" + paths.strFLFile + "' does not exist.");
+        failure("vantorel-cli: The file '" + paths.strFLFile + "' does not exist." + dataDir.origin);
         return false;
     }
     families = ReadFamilyListFile(paths.strFLFile);
@@ -109,7 +145,7 @@ bool loadFamilies(const std::string &dataDir, FamilyList &families)
 std::optional<std::string> normalise(const std::string &path, const FamilyList &families, std::string &bytes,
                                      std::string &text, CommandLine::Reading reading = CommandLine::Reading::Editor)
 {
-    if (const auto error = AtomicFile::read(path, bytes))
+    if (const auto error = readInput(path, bytes))
         return location(path, 0) + "error: " + *error;
     EditorDocument document;
     document.setFamilies(families.armourFamilies, families.attackFamilies);
@@ -164,17 +200,20 @@ int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &
     };
 
     std::string bytes, text;
+    Progress progress(scripts.size());
     for (std::size_t first = 0; first < scripts.size(); first += kBatch) {
         const std::size_t count = std::min(kBatch, scripts.size() - first);
         std::vector<std::optional<std::string>> batchErrors(count);
         std::vector<std::pair<std::size_t, std::string>> texts;
         for (std::size_t i = 0; i < count; ++i) {
+            progress.step(first + i, scripts[first + i]);
             batchErrors[i] = normalise(scripts[first + i], families, bytes, text, reading);
             // A script already in normalised form keeps its file and its modification time.
             if (!batchErrors[i] && text != bytes)
                 texts.emplace_back(i, std::move(text));
         }
 
+        progress.clear();
         report();
         errors = std::move(batchErrors);
         base = first;
@@ -207,14 +246,20 @@ std::vector<Finding> checkAsGame(std::string_view bytes, const FamilyList &famil
     return {};
 }
 
-int check(const std::vector<std::string> &scripts, const FamilyList &families, CommandLine::Reading reading)
+int check(const std::vector<std::string> &scripts, const FamilyList &families, bool strict, CommandLine::Reading reading)
 {
     int status = 0;
+    std::size_t errors = 0, warnings = 0;
     std::string bytes, report;
-    for (const std::string &path : scripts) {
-        if (const auto error = AtomicFile::read(path, bytes)) {
+    Progress progress(scripts.size());
+    for (std::size_t i = 0; i < scripts.size(); ++i) {
+        const std::string &path = scripts[i];
+        progress.step(i, shownName(path));
+        if (const auto error = readInput(path, bytes)) {
+            progress.clear();
             failure(location(path, 0) + "error: " + *error);
             status = kExitFailure;
+            ++errors;
             continue;
         }
         bool readable = true;
@@ -223,19 +268,26 @@ int check(const std::vector<std::string> &scripts, const FamilyList &families, C
         for (const Finding &finding : game ? checkAsGame(bytes, families)
                                            : CheckWeaponScript(bytes, families.armourFamilies, families.attackFamilies)) {
             readable = readable && !finding.error;
+            ++(finding.error ? errors : warnings);
             report += location(path, finding.line) + (finding.error ? "error: " : "warning: ") + finding.message + '\n';
         }
+        if (!report.empty())
+            progress.clear();
         std::fwrite(report.data(), 1, report.size(), stdout);
         if (!readable) {
-            failure("vantorel-cli: " + path + ": the editor cannot open this script");
+            failure("vantorel-cli: " + shownName(path) + ": the editor cannot open this script");
             status = kExitFailure;
         }
     }
+    progress.clear();
     if (std::fflush(stdout) != 0) {
         failure("vantorel-cli: cannot write the standard output");
         status = kExitFailure;
     }
-    return status;
+    if (progress.terminal())
+        failure("checked " + std::to_string(scripts.size()) + " files: " + std::to_string(errors) + " errors, "
+                + std::to_string(warnings) + " warnings");
+    return strict && warnings > 0 ? kExitFailure : status;
 }
 
 } // namespace
@@ -243,6 +295,10 @@ int check(const std::vector<std::string> &scripts, const FamilyList &families, C
 int main(int argc, char **argv)
 {
     const CommandLine commandLine = ParseCommandLine(std::vector<std::string>(argv + 1, argv + argc));
+    if (commandLine.bare) {
+        std::fputs(kUsage, stderr);
+        return kExitUsage;
+    }
     if (!commandLine.usageError.empty()) {
         failure("vantorel-cli: " + commandLine.usageError + " (see vantorel-cli --help)");
         return kExitUsage;
@@ -261,6 +317,8 @@ int main(int argc, char **argv)
 
     std::vector<std::string> scripts;
     const bool listed = expandFolders(commandLine.files, scripts);
+    if (scripts.empty())
+        return kExitFailure; // every FILE was a folder without scripts, each reported
     const bool toOutput = commandLine.command == CommandLine::Command::Normalize && !commandLine.inPlace;
     if (toOutput && scripts.size() != 1) {
         failure("vantorel-cli: normalize without --in-place writes one script to standard output, but the FILEs name "
@@ -278,6 +336,6 @@ int main(int argc, char **argv)
     else if (commandLine.inPlace)
         status = normaliseInPlace(scripts, families, commandLine.reading);
     else
-        status = check(scripts, families, commandLine.reading);
+        status = check(scripts, families, commandLine.strict, commandLine.reading);
     return listed ? status : kExitFailure;
 }

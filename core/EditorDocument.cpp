@@ -165,9 +165,11 @@ namespace {
 template<typename Record>
 bool tableMatches(const std::vector<Record> &records, const std::vector<std::string> &entries)
 {
-    if (records.size() != entries.size())
+    // Entries past the table are families the list gained since the script was read; a record
+    // past the entries would be dropped by a save.
+    if (records.size() > entries.size())
         return false;
-    for (std::size_t i = 0; i < entries.size(); ++i) {
+    for (std::size_t i = 0; i < records.size(); ++i) {
         const std::string_view entry = entries[i];
         if (TextPieces::toLower(entry.substr(0, entry.find(kEntrySeparator))) != TextPieces::toLower(records[i].sFamily))
             return false;
@@ -180,6 +182,15 @@ bool tableMatches(const std::vector<Record> &records, const std::vector<std::str
 bool EditorDocument::familyTablesMatchLists() const
 {
     return tableMatches(FamilyPenetrations, lstArmorFamilies) && tableMatches(FamilyAccuracies, lstAccuracy);
+}
+
+void EditorDocument::extendFamilyTables()
+{
+    const auto family = [](std::string_view entry) { return std::string(entry.substr(0, entry.find(kEntrySeparator))); };
+    for (std::size_t i = FamilyPenetrations.size(); i < lstArmorFamilies.size(); ++i)
+        FamilyPenetrations.push_back({family(lstArmorFamilies[i]), fDefaultPenetration});
+    for (std::size_t i = FamilyAccuracies.size(); i < lstAccuracy.size(); ++i)
+        FamilyAccuracies.push_back({family(lstAccuracy[i]), 1, 0});
 }
 
 EditorDocument::ApplyOutcome EditorDocument::applyPenetration(std::size_t i, std::string_view valueText)

@@ -105,11 +105,14 @@ public:
     // from the entries. Gives the reason and changes nothing when an entry cannot be read.
     std::optional<std::string> fillFamilyTables();
 
-    // Whether record i of each family table belongs to entry i of its list (same family, letter
-    // case aside) and the sizes agree. An Open that refills the lists and then stops before reading
-    // a script leaves a loaded document's tables behind its lists; a save then would pair values
-    // with the wrong families or drop some.
+    // Whether every record i of each family table belongs to entry i of its list (same family,
+    // letter case aside). An Open that refills the lists and then stops before reading a script
+    // leaves a loaded document's tables behind its lists; a save then would pair values with the
+    // wrong families or drop some. Entries past the table (families added) do not count.
     bool familyTablesMatchLists() const;
+    // Entries past their table get records with the values a fill gives a family the script does
+    // not name: the default penetration, an accuracy of 1 without the damage flag.
+    void extendFamilyTables();
 
     enum class ApplyOutcome { Applied, NoEntry, NotANumber, OutOfRange };
     // Entry i becomes its family, " - " and the text exactly as typed; the record gets the value.

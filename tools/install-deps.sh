@@ -3,7 +3,9 @@
 # Usage: tools/install-deps.sh [extra-package...]
 set -euo pipefail
 
-packages=(cmake make g++ qt6-base-dev libgl-dev libgtest-dev libgmock-dev libbenchmark-dev liblua5.4-dev fonts-dejavu-core locales-all "$@")
+# The last four validate the installed desktop files in the install test.
+packages=(cmake make g++ qt6-base-dev libgl-dev libgtest-dev libgmock-dev libbenchmark-dev liblua5.4-dev fonts-dejavu-core locales-all
+          desktop-file-utils appstream libxml2-utils groff-base "$@")
 
 missing=()
 for package in "${packages[@]}"; do
@@ -28,6 +30,9 @@ if [ "$(id -u)" -ne 0 ]; then
   sudo=(sudo)
 fi
 
+# A freshly booted machine often runs its own package updates: wait for their lock (up to
+# LOCK_TIMEOUT seconds) instead of failing at once.
+lock=(-o "DPkg::Lock::Timeout=${LOCK_TIMEOUT:-600}")
 echo "Installing missing packages: ${missing[*]}"
-"${sudo[@]}" apt-get update -qq
-DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
+"${sudo[@]}" apt-get "${lock[@]}" update -qq
+DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get "${lock[@]}" install -y -qq --no-install-recommends "${missing[@]}"

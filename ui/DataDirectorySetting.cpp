@@ -36,4 +36,9 @@ void store(QSettings &settings, const QString &dataDir)
     settings.sync();
 }
 
+bool isStored(QSettings &settings)
+{
+    return settings.contains(settingKey());
+}
+
 } // namespace DataDirectorySetting

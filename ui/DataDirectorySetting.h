@@ -18,4 +18,7 @@ QString load(QSettings &settings);
 
 void store(QSettings &settings, const QString &dataDir);
 
+// Whether a directory is stored at all (load gives the default when not).
+bool isStored(QSettings &settings);
+
 } // namespace DataDirectorySetting

@@ -22,14 +22,16 @@ public:
                                             const QString &initialName) = 0;
     // The chosen target, or nothing when the user cancels. Replacing a file asks nothing.
     virtual std::optional<QString> saveFile(const QString &proposedPath, const QString &filter) = 0;
-    // A modal question with Yes and No; true for Yes. Without a platform to ask, the answer is No,
-    // so nothing is overwritten unasked.
-    virtual bool confirm(const QString &text, const QString &title)
-    {
-        static_cast<void>(text);
-        static_cast<void>(title);
-        return false;
-    }
+
+    enum class SaveChoice { SaveAs, Discard, Cancel };
+    // The unsaved-changes question ("Save changes to NAME?") with Save As..., Discard and Cancel.
+    // Stand-ins that do not answer it discard, as the editor did before it asked.
+    virtual SaveChoice askSaveChanges(const QString & /*text*/) { return SaveChoice::Discard; }
+    // A folder picked in the platform's folder dialog, starting at start; nothing when cancelled.
+    virtual std::optional<QString> chooseFolder(const QString & /*start*/) { return std::nullopt; }
+    // A modal question with Yes and No; true for Yes. Stand-ins that do not answer it say No, so
+    // nothing is overwritten unasked.
+    virtual bool confirm(const QString & /*text*/, const QString & /*title*/) { return false; }
 };
 
 // The filter of both file dialogs; it matches ".wepn" in any letter case.
@@ -46,6 +48,8 @@ public:
     std::optional<QString> openFile(const QString &folder, const QString &filter,
                                     const QString &initialName) override;
     std::optional<QString> saveFile(const QString &proposedPath, const QString &filter) override;
+    SaveChoice askSaveChanges(const QString &text) override;
+    std::optional<QString> chooseFolder(const QString &start) override;
     bool confirm(const QString &text, const QString &title) override;
 };
 
@@ -53,3 +57,5 @@ class QFileDialog;
 // What both file dialogs share: the filter, matched without regard to letter case. Tests check
 // the matching on a dialog that is shown without being run.
 void prepareFileDialog(QFileDialog &dialog, const QString &filter);
+// The open dialog as File > Open shows it: folder, filter and the name box's first text.
+void prepareOpenDialog(QFileDialog &dialog, const QString &folder, const QString &filter, const QString &initialName);

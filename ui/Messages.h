@@ -22,6 +22,23 @@ inline QString fileMissing(const QString &file)
     return QStringLiteral("The file '") + file + QStringLiteral("' does not exist.");
 }
 
+// Added to the messages about a missing game folder or family list: where the data folder is set.
+inline QString dataFolderHint()
+{
+    return QStringLiteral("\n\nChoose the game's data folder with Settings > Manage Directories > Decompiled Data.");
+}
+
+// A path from the command line or a drop that names no file.
+inline QString notAScript(const QString &path)
+{
+    return QStringLiteral("'") + path + QStringLiteral("' is not a weapon script: only .wepn files can be opened.");
+}
+
+inline QString saveChanges(const QString &name)
+{
+    return QStringLiteral("Save changes to ") + name + QLatin1Char('?');
+}
+
 inline QString familyListMissing()
 {
     return QStringLiteral("Please locate your 'familylist.lua' file before opening a weapon for modification.");

@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QPushButton>
 
 void prepareFileDialog(QFileDialog &dialog, const QString &filter)
 {
@@ -14,6 +15,16 @@ void prepareFileDialog(QFileDialog &dialog, const QString &filter)
     dialog.setOption(QFileDialog::DontUseNativeDialog);
     dialog.setNameFilter(filter);
     dialog.setFilter(dialog.filter() & ~QDir::CaseSensitive);
+}
+
+void prepareOpenDialog(QFileDialog &dialog, const QString &folder, const QString &filter, const QString &initialName)
+{
+    prepareFileDialog(dialog, filter);
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    dialog.setDirectory(folder);
+    // The name box starts with the initial name, a pattern such as "*.wepn" included.
+    dialog.selectFile(initialName);
 }
 
 void QtDialogs::message(const QString &text, const QString &title)
@@ -35,13 +46,7 @@ std::optional<QString> QtDialogs::openFile(const QString &folder, const QString 
                                            const QString &initialName)
 {
     QFileDialog dialog(QApplication::activeWindow());
-    prepareFileDialog(dialog, filter);
-    dialog.setAcceptMode(QFileDialog::AcceptOpen);
-    dialog.setFileMode(QFileDialog::ExistingFile);
-    dialog.setDirectory(folder);
-    // A pattern is what the filter already shows; only a real name is put into the name field.
-    if (!initialName.contains(QLatin1Char('*')))
-        dialog.selectFile(initialName);
+    prepareOpenDialog(dialog, folder, filter, initialName);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return std::nullopt;
     return dialog.selectedFiles().constFirst();
@@ -58,4 +63,28 @@ std::optional<QString> QtDialogs::saveFile(const QString &proposedPath, const QS
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return std::nullopt;
     return dialog.selectedFiles().constFirst();
+}
+
+Dialogs::SaveChoice QtDialogs::askSaveChanges(const QString &text)
+{
+    QMessageBox box(QMessageBox::Warning, Latin1::toQString(AppInfo::kTitle), text, QMessageBox::NoButton,
+                    QApplication::activeWindow());
+    QPushButton *save = box.addButton(QStringLiteral("&Save As..."), QMessageBox::AcceptRole);
+    QPushButton *discard = box.addButton(QMessageBox::Discard);
+    QPushButton *cancel = box.addButton(QMessageBox::Cancel);
+    box.setDefaultButton(save);
+    box.setEscapeButton(cancel);
+    box.exec();
+    if (box.clickedButton() == save)
+        return SaveChoice::SaveAs;
+    return box.clickedButton() == discard ? SaveChoice::Discard : SaveChoice::Cancel;
+}
+
+std::optional<QString> QtDialogs::chooseFolder(const QString &start)
+{
+    const QString folder = QFileDialog::getExistingDirectory(QApplication::activeWindow(), QString(), start,
+                                                             QFileDialog::ShowDirsOnly | QFileDialog::DontUseNativeDialog);
+    if (folder.isEmpty())
+        return std::nullopt;
+    return folder;
 }

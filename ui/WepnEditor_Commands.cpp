@@ -16,6 +16,7 @@
 
 #include <QAction>
 #include <QComboBox>
+#include <QFileInfo>
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QListWidget>
@@ -50,17 +51,67 @@ static QString documentCaption(const CustomFSO &fso, const std::string &path)
     return Latin1::toQString(AppInfo::documentCaption({})) + PathText::toQString(fso.GetFileName(path));
 }
 
+// Before a file is chosen every failure ends here. A loaded script stays loaded and saveable;
+// without one, nothing may be added, removed or saved.
+void WepnEditor_Main::openFailed()
+{
+    if (intLoaded != 0)
+        return;
+    cmdAdd->setEnabled(false);
+    cmdRemove->setEnabled(false);
+    Save->setEnabled(false);
+}
+
+bool WepnEditor_Main::prepareOpen()
+{
+    if (!FSO.FolderExists(strWFDir)) {
+        dialogs().message(Messages::folderMissing(PathText::toQString(strWFDir)) + Messages::dataFolderHint(), {});
+        return false;
+    }
+    if (!FSO.FileExists(strFLFile)) {
+        dialogs().message(Messages::fileMissing(PathText::toQString(strFLFile)) + Messages::dataFolderHint(), {});
+        return false;
+    }
+    return LoadWeaponEffects() && LoadFamilyList();
+}
+
 void WepnEditor_Main::Open_Click()
 {
-    // Before a file is chosen every failure ends here. A loaded script stays loaded and saveable;
-    // without one, nothing may be added, removed or saved.
-    auto failurePath = [this] {
-        if (intLoaded != 0)
-            return;
-        cmdAdd->setEnabled(false);
-        cmdRemove->setEnabled(false);
-        Save->setEnabled(false);
-    };
+    if (!resolveUnsavedChanges())
+        return;
+    if (!prepareOpen())
+        return openFailed();
+
+    const std::optional<QString> chosen
+        = dialogs().openFile(PathText::toQString(strWEPNDir), scriptFileFilter(), QStringLiteral("*.wepn"));
+    if (!chosen)
+        return openFailed();
+    openChosenScript(*chosen);
+}
+
+bool WepnEditor_Main::OpenPath(const QString &path)
+{
+    const QFileInfo file(path);
+    if (!file.exists()) {
+        dialogs().message(Messages::fileMissing(path), {});
+        return false;
+    }
+    if (!file.isFile() || file.suffix().compare(QStringLiteral("wepn"), Qt::CaseInsensitive) != 0) {
+        dialogs().message(Messages::notAScript(path), {});
+        return false;
+    }
+    if (!resolveUnsavedChanges())
+        return false;
+    if (!prepareOpen()) {
+        openFailed();
+        return false;
+    }
+    openChosenScript(file.absoluteFilePath());
+    return intLoaded == 1;
+}
+
+void WepnEditor_Main::openChosenScript(const QString &path)
+{
     // After a file was chosen its name is in the caption and the document may hold half of it:
     // it must never be saved, over that file or any other.
     auto abandon = [this] {
@@ -69,24 +120,10 @@ void WepnEditor_Main::Open_Click()
         cmdRemove->setEnabled(false);
         intLoaded = 0;
     };
+    // Whatever the read gives, nothing of it is an edit of the user's.
+    bModified = false;
 
-    if (!FSO.FolderExists(strWFDir)) {
-        dialogs().message(Messages::folderMissing(PathText::toQString(strWFDir)), {});
-        return failurePath();
-    }
-    if (!FSO.FileExists(strFLFile)) {
-        dialogs().message(Messages::fileMissing(PathText::toQString(strFLFile)), {});
-        return failurePath();
-    }
-    if (!LoadWeaponEffects() || !LoadFamilyList())
-        return failurePath();
-
-    const std::optional<QString> chosen
-        = dialogs().openFile(PathText::toQString(strWEPNDir), scriptFileFilter(), QStringLiteral("*.wepn"));
-    if (!chosen)
-        return failurePath();
-
-    document.strWEPNFile = PathText::toBytes(*chosen);
+    document.strWEPNFile = PathText::toBytes(path);
     setWindowTitle(documentCaption(FSO, document.strWEPNFile));
     lstWeaponResults->setToolTip(QString());
     fraTurretProperties->setEnabled(false);
@@ -182,7 +219,7 @@ void WepnEditor_Main::warnOfSaveChanges(const std::string &bytes)
 void WepnEditor_Main::Save_Click()
 {
     // A cancelled Open refills the family lists; when the family list changed meanwhile, record i
-    // no longer belongs to entry i, and the writer pairs them.
+    // may no longer belong to entry i, and the writer pairs them.
     if (!document.familyTablesMatchLists()) {
         dialogs().message(Messages::familiesOutOfStep(), {});
         return;
@@ -207,6 +244,7 @@ void WepnEditor_Main::Save_Click()
         dialogs().message(*refusal, {});
         return restore();
     }
+    document.extendFamilyTables();
     std::optional<std::string> problem;
     if (m_gameScript) {
         // Only the changed values are written into the script's own text; when they cannot be, the
@@ -231,7 +269,25 @@ void WepnEditor_Main::Save_Click()
         dialogs().message(PathText::toQString(*problem), {});
         return restore();
     }
+    bModified = false;
     dialogs().message(Messages::savedTo(PathText::toQString(document.strWEPNFile)), {});
+}
+
+bool WepnEditor_Main::resolveUnsavedChanges()
+{
+    if (!bModified || intLoaded == 0)
+        return true;
+    const QString name = PathText::toQString(FSO.GetFileName(document.strWEPNFile));
+    switch (dialogs().askSaveChanges(Messages::saveChanges(name))) {
+    case Dialogs::SaveChoice::Discard:
+        return true;
+    case Dialogs::SaveChoice::SaveAs:
+        Save_Click();
+        return !bModified; // a cancelled or failed save keeps the window as it is
+    case Dialogs::SaveChoice::Cancel:
+        break;
+    }
+    return false;
 }
 
 bool WepnEditor_Main::LoadWeaponEffects()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "WepnEditor_Main.h"
 
+#include "AppIcon.h"
 #include "AppInfo.h"
 #include "DataDirectorySetting.h"
 #include "GamePaths.h"
@@ -12,6 +13,13 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCloseEvent>
+#include <QDropEvent>
+#include <QMimeData>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QWindow>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFontInfo>
@@ -247,6 +255,20 @@ const QColor kReadOnlyText(0x80, 0x00, 0x00);
 const QColor kReadOnlyBack(0xE0, 0xE0, 0xE0);
 const QColor kControlFace(0xC0, 0xC0, 0xC0);
 const QColor kCaption(0x00, 0x00, 0xFF);
+// The caption blue is unreadable on a dark window; this lighter blue is not.
+const QColor kCaptionOnDark(0x8C, 0x8C, 0xFF);
+
+bool isDark(const QColor &colour)
+{
+    return colour.lightness() < 128;
+}
+
+// Buttons and the check box keep their own light grey face; the platform's text colour stays
+// unless a dark palette made it light.
+QColor textOnControlFace(const QColor &platformText)
+{
+    return isDark(platformText) ? platformText : QColor(Qt::black);
+}
 
 void setColours(QWidget *widget, std::initializer_list<std::pair<QPalette::ColorRole, QColor>> colours)
 {
@@ -323,6 +345,9 @@ WepnEditor_Main::WepnEditor_Main(QSettings &settings, std::unique_ptr<Dialogs> d
     setObjectName(QStringLiteral("WepnEditor_Main"));
     // Never seen: Form_Load sets the caption before the window is shown.
     setWindowTitle(QStringLiteral("Korvath Weapon Editor"));
+    setWindowIcon(AppIcon::icon());
+    // A .wepn file dropped anywhere on the window is opened.
+    setAcceptDrops(true);
 
     QFont font(QStringLiteral("MS Sans Serif"));
     font.setStyleHint(QFont::SansSerif);
@@ -464,7 +489,7 @@ void WepnEditor_Main::buildForm()
     for (const FrameSpec &entry : kFrames) {
         auto *frame = new Frame(text(entry.caption), client);
         frame->setGeometry(twipRect(entry.left, entry.top, kFrameWidth, entry.height));
-        setColours(frame, {{QPalette::WindowText, kCaption}});
+        setColours(frame, {{QPalette::WindowText, isDark(palette().color(QPalette::Window)) ? kCaptionOnDark : kCaption}});
         frame->setEnabled(false);
         add(frame, entry.name);
 
@@ -501,7 +526,7 @@ void WepnEditor_Main::buildForm()
             check->setGeometry(twipRect(120, 3840, 2175, 255));
             check->setAutoFillBackground(true);
             setColours(check, {{QPalette::Window, kControlFace},
-                               {QPalette::WindowText, QApplication::palette().color(QPalette::WindowText)}});
+                               {QPalette::WindowText, textOnControlFace(palette().color(QPalette::WindowText))}});
             add(check, "chkAlwaysDMG");
             tabOrder.push_back(check);
         }
@@ -510,7 +535,8 @@ void WepnEditor_Main::buildForm()
             button->setGeometry(twipRect(item.left, item.top, item.width, 495));
             if (!item.tip.empty())
                 button->setToolTip(text(item.tip));
-            setColours(button, {{QPalette::Button, kControlFace}});
+            setColours(button, {{QPalette::Button, kControlFace},
+                                {QPalette::ButtonText, textOnControlFace(palette().color(QPalette::ButtonText))}});
             button->setEnabled(item.enabled);
             add(button, item.name);
             tabOrder.push_back(button);
@@ -597,6 +623,19 @@ void WepnEditor_Main::connectHandlers()
 
     for (QLineEdit *field : {txtMinEffect, txtMaxEffect, txtPenetration})
         field->installEventFilter(this);
+
+    // What the user changes by hand marks the document changed; what the program shows does not.
+    auto changed = [this] { bModified = true; };
+    for (QLineEdit *field : findChildren<QLineEdit *>()) {
+        connect(field, &QLineEdit::textEdited, this, changed);
+        // Text fields take dropped text themselves; a dropped file goes to the window.
+        field->installEventFilter(this);
+    }
+    for (QComboBox *combo : findChildren<QComboBox *>())
+        connect(combo, &QComboBox::activated, this, changed);
+    connect(chkAlwaysDMG, &QCheckBox::clicked, this, changed);
+    for (QPushButton *button : {cmdAdd, cmdApply, cmdRemove, cmdPenApply, cmdAccApply})
+        connect(button, &QPushButton::clicked, this, changed);
 }
 
 // The character code a key press types, as the key filters expect it; nothing for keys that
@@ -625,7 +664,18 @@ static std::optional<int> keyAscii(const QKeyEvent &event)
 
 bool WepnEditor_Main::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() != QEvent::KeyPress)
+    if (event->type() == QEvent::DragEnter || event->type() == QEvent::DragMove || event->type() == QEvent::Drop) {
+        auto *drop = static_cast<QDropEvent *>(event);
+        if (!drop->mimeData()->hasUrls())
+            return false;
+        if (event->type() == QEvent::Drop)
+            dropEvent(drop);
+        else
+            drop->acceptProposedAction();
+        return true;
+    }
+    const bool filtered = watched == txtMinEffect || watched == txtMaxEffect || watched == txtPenetration;
+    if (event->type() != QEvent::KeyPress || !filtered)
         return QMainWindow::eventFilter(watched, event);
     const std::optional<int> typed = keyAscii(*static_cast<QKeyEvent *>(event));
     if (!typed)
@@ -718,4 +768,66 @@ void WepnEditor_Main::DecompiledData_Click()
 void WepnEditor_Main::Exit_Click()
 {
     close();
+}
+
+void WepnEditor_Main::closeEvent(QCloseEvent *event)
+{
+    if (resolveUnsavedChanges())
+        event->accept();
+    else
+        event->ignore();
+}
+
+void WepnEditor_Main::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void WepnEditor_Main::dropEvent(QDropEvent *event)
+{
+    const QList<QUrl> urls = event->mimeData()->urls();
+    if (urls.isEmpty())
+        return;
+    event->acceptProposedAction();
+    // One document at a time: the first dropped file is the one opened.
+    const QUrl &url = urls.constFirst();
+    OpenPath(url.isLocalFile() ? url.toLocalFile() : url.toString());
+}
+
+// --- Fitting the screen ---------------------------------------------------------------------------
+
+void WepnEditor_Main::showEvent(QShowEvent *event)
+{
+    fitToScreen();
+    QMainWindow::showEvent(event);
+}
+
+QWidget *WepnEditor_Main::fitToScreen()
+{
+    auto *scroll = qobject_cast<QScrollArea *>(centralWidget());
+    const QWidget *form = scroll ? scroll->widget() : centralWidget();
+    const QSize needed = form->size() + QSize(0, menuBar()->sizeHint().height());
+    const QMargins frame = windowHandle() ? windowHandle()->frameMargins() : QMargins();
+    const QSize room = screen()->availableGeometry().size().shrunkBy(frame);
+    if (needed.width() <= room.width() && needed.height() <= room.height())
+        return scroll;
+
+    // The form keeps its size and scrolls inside a window that the screen can hold.
+    if (!scroll) {
+        layout()->setSizeConstraint(QLayout::SetDefaultConstraint);
+        scroll = new QScrollArea(this);
+        scroll->setObjectName(QStringLiteral("formScrollArea"));
+        scroll->setFrameShape(QFrame::NoFrame);
+        scroll->setWidget(takeCentralWidget());
+        setCentralWidget(scroll);
+    }
+    const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, scroll);
+    QSize size = needed.boundedTo(room);
+    if (needed.height() > room.height())
+        size.setWidth(std::min(needed.width() + bar, room.width()));
+    if (needed.width() > room.width())
+        size.setHeight(std::min(needed.height() + bar, room.height()));
+    setFixedSize(size);
+    return scroll;
 }

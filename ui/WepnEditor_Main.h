@@ -49,6 +49,8 @@ public:
     CustomFSO FSO;
     // 1 once a script has been read in, 0 before and after an abandoned read.
     std::int16_t intLoaded = 0;
+    // Set by the user's edits; cleared when a script is read in or saved.
+    bool bModified = false;
     // The document; document.Weapon is the window's one KorvathWeapon. Its three entry lists are
     // what lstWeaponResults, lstArmorFamilies and lstAccuracy show, entry for entry.
     EditorDocument document;
@@ -134,6 +136,14 @@ public:
     // After a complete Open: tells the user what a save without edits would change in what the
     // game reads from the script, if anything.
     void warnOfSaveChanges(const std::string &bytes);
+    // The command line's and a drop's Open: the same checks, family lists and read as File > Open
+    // with the path in place of the dialog's answer. False when nothing was read in.
+    bool OpenPath(const QString &path);
+    // The unsaved-changes question before the document is replaced or the window closes; false
+    // when the user keeps the document (Cancel, or a Save As that did not complete).
+    bool resolveUnsavedChanges();
+    // The scroll area that takes the form when it does not fit the screen; null while it fits.
+    QWidget *fitToScreen();
 
     // --- Showing and collecting (WepnEditor_Document.cpp) -------------------------------------
     // Puts the record and the document into the controls, fills the families still marked "N"
@@ -180,8 +190,15 @@ public:
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
 
 private:
+    bool prepareOpen();
+    void openFailed();
+    void openChosenScript(const QString &path);
     void setDataDirectory(const std::string &dataDir);
     void buildForm();
     void buildMenus();

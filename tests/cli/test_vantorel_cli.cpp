@@ -182,7 +182,6 @@ TEST_F(CliTest, ExitStatusAndMessages)
     };
     const std::vector<Row> rows = {
         {{"--version"}, 0, ""},
-        {{}, 2, "vantorel-cli: no command given"},
         {{"fix", a}, 2, "vantorel-cli: unknown command 'fix'"},
         {{"check", "--in-place", a}, 2, "vantorel-cli: unknown option '--in-place' for check"},
         {{"normalize", "--data-dir", dataDir}, 2, "vantorel-cli: normalize needs at least one FILE"},

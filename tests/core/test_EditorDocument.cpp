@@ -118,9 +118,14 @@ TEST(EditorDocumentTest, FillGivesUnnamedFamiliesTheDefaultsAndBuildsTheTables)
     // Lists refilled from a changed family list no longer belong to the tables.
     document.setFamilies({"Alpha", "Beta"}, {"Alpha", "Gamma"});
     EXPECT_TRUE(document.familyTablesMatchLists());
-    document.setFamilies({"Alpha", "Beta", "Delta"}, {"Alpha", "Gamma"});
-    EXPECT_FALSE(document.familyTablesMatchLists());
     document.setFamilies({"Alpha", "Beta"}, {"Gamma", "Alpha"});
+    EXPECT_FALSE(document.familyTablesMatchLists());
+    // Families added at the end still leave every record at its entry; they get the defaults.
+    document.setFamilies({"Alpha", "Beta", "Delta"}, {"Alpha", "Gamma"});
+    EXPECT_TRUE(document.familyTablesMatchLists());
+    document.extendFamilyTables();
+    EXPECT_EQ(document.FamilyPenetrations.back(), (FamilyPenetration{"Delta", 1.5}));
+    document.setFamilies({"Alpha"}, {"Alpha", "Gamma"}); // a record without its entry
     EXPECT_FALSE(document.familyTablesMatchLists());
 
     // A family name holding " - " cannot be read back: reported, nothing changed.

@@ -153,10 +153,10 @@ private slots:
         QString message; // the whole message, or a part of it after "~"
         if (fault == QLatin1String("no Weaponfire")) {
             QVERIFY(QDir(weaponFire).removeRecursively());
-            message = Messages::folderMissing(weaponFire);
+            message = Messages::folderMissing(weaponFire) + Messages::dataFolderHint();
         } else if (fault == QLatin1String("no familylist")) {
             QVERIFY(QFile::remove(familyList));
-            message = Messages::fileMissing(familyList);
+            message = Messages::fileMissing(familyList) + Messages::dataFolderHint();
         } else if (fault == QLatin1String("broken familylist")) {
             writeFile(familyList, "armourfamily =\n{\n\t{ name = \"Alpha\", },\n\t{ name = \"Beta\", },\n");
             message = QLatin1Char('~') + familyList;

@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: MIT
+// The window as a desktop program: paths from the command line and drops, the unsaved-changes
+// question, the directory dialog's keys and Browse, fitting the screen, dark palettes, the icon.
+#include "WindowFixture.h"
+#include "frmDecompiledDataDir.h"
+
+#include <QCheckBox>
+#include <QFileDialog>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+
+// Also answers the unsaved-changes question (Cancel when nothing is queued) and the folder dialog.
+class AskingDialogs : public ScriptedDialogs
+{
+public:
+    QStringList asked;
+    QQueue<SaveChoice> choices;
+    std::optional<QString> folder;
+    SaveChoice askSaveChanges(const QString &text) override
+    {
+        asked << text;
+        return choices.isEmpty() ? SaveChoice::Cancel : choices.dequeue();
+    }
+    std::optional<QString> chooseFolder(const QString &start) override
+    {
+        asked << QStringLiteral("folder from ") + start;
+        return folder;
+    }
+};
+
+class TestDesktopIntegration : public WindowTest
+{
+    Q_OBJECT
+    AskingDialogs *asking = nullptr;
+
+    void start()
+    {
+        startWindow();
+        auto mine = std::make_unique<AskingDialogs>();
+        dialogs = asking = mine.get();
+        window = std::make_unique<WepnEditor_Main>(*settings, std::move(mine));
+        window->Form_Load();
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    }
+    void drop(const QString &path)
+    {
+        QMimeData mime;
+        mime.setUrls({QUrl::fromLocalFile(path)});
+        QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        QDropEvent event(QPointF(10, 10), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        QVERIFY(QCoreApplication::sendEvent(window.get(), &enter) && QCoreApplication::sendEvent(window.get(), &event));
+    }
+
+private slots:
+    void pathsFromTheCommandLineAndDrops_data()
+    {
+        QTest::addColumn<bool>("dropped");
+        QTest::addColumn<QString>("file"); // in the temporary folder
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<QString>("caption");
+        const QString started = QStringLiteral("Vantorel 1.4.3");
+        QTest::newRow("missing argument") << false << "Data/None.wepn" << "The file '%1/Data/None.wepn' does not exist." << started;
+        QTest::newRow("dropped text file") << true << "notes.txt"
+                                           << "'%1/notes.txt' is not a weapon script: only .wepn files can be opened." << started;
+        QTest::newRow("dropped script") << true << "GUN.WEPN" << "" << "Vantorel v1.4 - GUN.WEPN";
+        QTest::newRow("argument, no game folder") << false << "GUN.WEPN"
+            << "The folder '%1/Data/Scripts/Weaponfire' does not exist.\n\nChoose the game's data folder with "
+               "Settings > Manage Directories > Decompiled Data." << started;
+    }
+    void pathsFromTheCommandLineAndDrops()
+    {
+        QFETCH(bool, dropped);
+        QFETCH(QString, file);
+        QFETCH(QString, message);
+        QFETCH(QString, caption);
+        start();
+        QVERIFY(QFile::copy(weapon(QStringLiteral("LightCannon")), dir.filePath(QStringLiteral("GUN.WEPN"))));
+        writeFile(dir.filePath(QStringLiteral("notes.txt")), "text");
+        if (QLatin1String(QTest::currentDataTag()) == QLatin1String("argument, no game folder"))
+            QVERIFY(QDir(data + QStringLiteral("/Scripts/Weaponfire")).removeRecursively());
+        dropped ? drop(dir.filePath(file)) : void(window->OpenPath(dir.filePath(file)));
+        QCOMPARE(dialogs->messages, message.isEmpty() ? QStringList() : QStringList{message.arg(dir.path())});
+        QCOMPARE(window->windowTitle(), caption);
+        QCOMPARE(window->intLoaded, std::int16_t(message.isEmpty()));
+        QCOMPARE(dialogs->requests, QStringList()); // no file dialog
+    }
+
+    void unsavedChanges_data()
+    {
+        QTest::addColumn<QString>("action");
+        QTest::addColumn<int>("choice");
+        QTest::addColumn<bool>("replaced"); // the window closed, or the document was replaced
+        QTest::newRow("close, cancel") << "close" << int(Dialogs::SaveChoice::Cancel) << false;
+        QTest::newRow("close, discard") << "close" << int(Dialogs::SaveChoice::Discard) << true;
+        QTest::newRow("close, save as") << "close" << int(Dialogs::SaveChoice::SaveAs) << true;
+        QTest::newRow("exit, cancel") << "exit" << int(Dialogs::SaveChoice::Cancel) << false;
+        QTest::newRow("open, cancel") << "open" << int(Dialogs::SaveChoice::Cancel) << false;
+        QTest::newRow("drop, discard") << "drop" << int(Dialogs::SaveChoice::Discard) << true;
+    }
+    void unsavedChanges()
+    {
+        QFETCH(QString, action);
+        QFETCH(int, choice);
+        QFETCH(bool, replaced);
+        start();
+        open(weapon(QStringLiteral("SwarmMissile")));
+        QVERIFY(window->close() && asking->asked.isEmpty()); // nothing changed: no question
+        window->show();
+        window->lstArmorFamilies->setCurrentRow(1);
+        QTest::keyClicks(window->Value[4], QStringLiteral("7"));
+        const QString armour = rows(window->lstArmorFamilies), range = window->Value[4]->text();
+
+        asking->choices.enqueue(Dialogs::SaveChoice(choice));
+        dialogs->answers.enqueue(dir.filePath(QStringLiteral("Saved.wepn")));
+        if (action == QLatin1String("close") || action == QLatin1String("exit"))
+            action == QLatin1String("close") ? void(window->close()) : window->Exit->trigger();
+        else
+            action == QLatin1String("open") ? window->Open->trigger() : drop(weapon(QStringLiteral("IonBeam")));
+
+        QCOMPARE(asking->asked, QStringList{QStringLiteral("Save changes to SwarmMissile.wepn?")});
+        QCOMPARE(QFile::exists(dir.filePath(QStringLiteral("Saved.wepn"))), choice == int(Dialogs::SaveChoice::SaveAs));
+        QCOMPARE(dialogs->requests.size(), 1 + int(choice == int(Dialogs::SaveChoice::SaveAs)));
+        QCOMPARE(!window->isVisible() || window->windowTitle().endsWith(QLatin1String("IonBeam.wepn")), replaced);
+        if (!replaced) { // the window and the document as they were
+            QVERIFY(window->bModified);
+            QCOMPARE(window->Value[4]->text(), range);
+            QCOMPARE(rows(window->lstArmorFamilies), armour);
+            QCOMPARE(window->lstArmorFamilies->currentRow(), 1);
+        }
+    }
+
+    // After a cancelled Open, a family list that only gained families still saves: the new
+    // family gets the default penetration.
+    void saveAfterCancelledOpenWithAddedFamily()
+    {
+        start();
+        open(weapon(QStringLiteral("SwarmMissile")));
+        const QString familyList = data + QStringLiteral("/Scripts/familylist.lua");
+        writeFile(familyList, fileBytes(familyList).replace("{ name = \"ShieldedHull\", },\r\n",
+                                                            "{ name = \"ShieldedHull\", },\r\n{ name = \"Titan\", },\r\n"));
+        open(std::nullopt);
+        save(dir.filePath(QStringLiteral("Out.wepn")));
+        QCOMPARE(dialogs->messages, QStringList{QStringLiteral("Successfully saved to '%1'").arg(dir.filePath(QStringLiteral("Out.wepn")))});
+        QVERIFY(fileBytes(dir.filePath(QStringLiteral("Out.wepn"))).contains("{ShieldedHull=0.75,},\r\n{Titan=0.75,})\r\n"));
+    }
+
+    void directoryDialogKeysAndBrowse()
+    {
+        start();
+        qputenv("HOME", dir.path().toLocal8Bit()); // "~" is the temporary folder
+        for (const QString &key : {QStringLiteral("escape"), QStringLiteral("browse"), QStringLiteral("enter")}) {
+            window->DecompiledData->trigger();
+            QPointer<frmDecompiledDataDir> dialog = window->directoryDialog();
+            QVERIFY(dialog && QTest::qWaitForWindowExposed(dialog) && dialog->cmdOK->isDefault());
+            QLabel *text = dialog->lblInstructions;
+            QVERIFY(text->height() >= text->heightForWidth(text->width())); // nothing cut off
+            dialog->txtDataDir->setText(QStringLiteral("~/Data"));
+            if (key == QLatin1String("browse")) {
+                asking->folder = data + QStringLiteral("/Weapon");
+                QTest::mouseClick(dialog->cmdBrowse, Qt::LeftButton);
+                QCOMPARE(asking->asked.takeLast(), QStringLiteral("folder from ") + data);
+                QCOMPARE(dialog->txtDataDir->text(), data + QStringLiteral("/Weapon"));
+            }
+            QTest::keyClick(dialog->txtDataDir, key == QLatin1String("escape") ? Qt::Key_Escape : Qt::Key_Return);
+            QTRY_VERIFY(dialog.isNull());
+            QVERIFY(window->isEnabled());
+            QCOMPARE(settings->value(kDataDirSetting).toString(),
+                     key == QLatin1String("browse") ? data + QStringLiteral("/Weapon") : data);
+        }
+    }
+
+    // Run at 1x on a 1920x1200 screen, and at 2x on a 1600x1000 one (see CMakeLists.txt).
+    void fitsTheScreen()
+    {
+        start();
+        const bool doubled = qEnvironmentVariable("QT_SCALE_FACTOR") == QLatin1String("2");
+        const QRect room = window->screen()->availableGeometry();
+        QCOMPARE(room.size(), doubled ? QSize(800, 500) : QSize(1920, 1200));
+        QVERIFY(window->frameGeometry().width() <= room.width() && window->frameGeometry().height() <= room.height());
+        auto *scroll = qobject_cast<QScrollArea *>(window->centralWidget());
+        QCOMPARE(scroll != nullptr, doubled);
+        QCOMPARE((scroll ? scroll->widget() : window->centralWidget())->size(), QSize(824, 599));
+        if (scroll) { // every control can be scrolled to
+            scroll->ensureWidgetVisible(window->cmdAccApply);
+            QVERIFY(scroll->viewport()->rect().contains(window->cmdAccApply->mapTo(scroll->viewport(), QPoint(0, 0))));
+        }
+    }
+
+    void darkPaletteIconAndOpenDialogName()
+    {
+        const QPalette platform = QApplication::palette();
+        for (const bool dark : {false, true}) {
+            QPalette palette = platform;
+            if (dark) {
+                palette.setColor(QPalette::Window, QColor(0x30, 0x30, 0x30));
+                palette.setColor(QPalette::WindowText, Qt::white);
+                palette.setColor(QPalette::ButtonText, Qt::white);
+            }
+            QApplication::setPalette(palette);
+            start();
+            QApplication::setPalette(platform);
+            QCOMPARE(window->fraPenetration->palette().color(QPalette::WindowText), dark ? QColor(0x8C, 0x8C, 0xFF) : QColor(0x00, 0x00, 0xFF));
+            QCOMPARE(window->cmdAdd->palette().color(QPalette::Button), QColor(0xC0, 0xC0, 0xC0));
+            QCOMPARE(window->cmdAdd->palette().color(QPalette::ButtonText), dark ? QColor(Qt::black) : platform.color(QPalette::ButtonText));
+            QCOMPARE(window->chkAlwaysDMG->palette().color(QPalette::WindowText), dark ? QColor(Qt::black) : platform.color(QPalette::WindowText));
+        }
+        QVERIFY(!window->windowIcon().availableSizes().isEmpty());
+        QFileDialog dialog;
+        prepareOpenDialog(dialog, data, scriptFileFilter(), QStringLiteral("*.wepn"));
+        QCOMPARE(dialog.findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->text(), QStringLiteral("*.wepn"));
+    }
+};
+
+QTEST_MAIN(TestDesktopIntegration)
+#include "test_DesktopIntegration.moc"
