@@ -115,7 +115,7 @@ TEST(ScriptReaderTest, AbandonedReadKeepsTheRecordAndTheResetDocument)
     const ReadResult result = read(document, {"-- c", "StartWeaponConfig(x,\"Fixed\",\"Bullet\")", "setAngles(x,9,9,9,9,9)"});
     EXPECT_EQ(result.outcome, ReadOutcome::Abandoned);
     EXPECT_EQ(result.line, 2);
-    EXPECT_EQ(result.message(), "Line 2: " + document.Weapon.lastError());
+    EXPECT_EQ(result.message(), "Line 2: StartWeaponConfig needs 26 arguments but has 3");
     EXPECT_EQ(document.Weapon.SWCString(), before.SWCString());
     EXPECT_EQ(document.fFiringArc, 1);
     EXPECT_TRUE(document.lstWeaponResults.empty());
@@ -156,7 +156,38 @@ INSTANTIATE_TEST_SUITE_P(
                    "Line 2: setPenetration value of family 'Alpha' is not a number: '0.6Beta'"},
         FailedRead{"setAccuracy(x,40000,", 1, "Line 1: setAccuracy default accuracy is out of range (-32768 to 32767): '40000'"},
         FailedRead{"setAccuracy(x,1,\ndamage=1,\n{Alpha=1,})", 2,
-                   "Line 2: setAccuracy damage line comes before the first entry: 'damage=1,'"}));
+                   "Line 2: setAccuracy damage line comes before the first entry: 'damage=1,'"},
+        FailedRead{"AddWeaponResult(x,\"Hit\",\"Push\",\"T\")", 1,
+                   "Line 1: AddWeaponResult needs 5 arguments after the weapon name but has 3"},
+        FailedRead{"AddWeaponResult(x,\"Hit\",\"Push\",\"T\",1,2e,\"\")", 1,
+                   "Line 1: AddWeaponResult maximum effect is not a number: '2e'"},
+        FailedRead{"AddWeaponResult(x,\"Hit\",\"SpawnWeaponFire\",\"T\",1,2,FX)", 1,
+                   "Line 1: AddWeaponResult with SpawnWeaponFire needs the spawned effect in double quotes but has 6 "
+                   "double quotes"},
+        FailedRead{"setAngles(x,1,2,3)", 1, "Line 1: setAngles needs 5 numbers but has 3"},
+        FailedRead{"setAngles(x,1,2,3,4,5x)", 1, "Line 1: setAngles up rotation is not a number: '5x'"},
+        FailedRead{"setMiscValues(x,1)", 1, "Line 1: setMiscValues needs 2 numbers but has 1"},
+        FailedRead{"setMiscValues(x,1,y)", 1, "Line 1: setMiscValues slave fire delay is not a number: 'y'"},
+        FailedRead{"setPenetration(x)", 1, "Line 1: setPenetration needs the shield penetration after the weapon name: "
+                                           "'setPenetration(x)'"},
+        FailedRead{"setPenetration(x,3000000000,", 1,
+                   "Line 1: setPenetration shield penetration is out of range (-2147483648 to 2147483647): '3000000000'"},
+        FailedRead{"setAccuracy(x)", 1, "Line 1: setAccuracy needs the default accuracy after the weapon name: "
+                                        "'setAccuracy(x)'"},
+        FailedRead{"setAccuracy(x,1,\n{Alpha, x=1})", 2,
+                   "Line 2: setAccuracy entry needs family=value before its first comma: '{Alpha, x=1})'"},
+        FailedRead{"setAccuracy(x,1,\n{Alpha=1, damage, x=2})", 2,
+                   "Line 2: setAccuracy entry needs damage=flag after its first comma: '{Alpha=1, damage, x=2})'"},
+        FailedRead{"setAccuracy(x,1,\n{Alpha=1,},\n{Beta=1,\ndamage=x})", 4,
+                   "Line 4: setAccuracy damage flag of family 'Beta' is not a number: 'x'"},
+        FailedRead{"setAccuracy(x,1,\n{Alpha=1,},\n{Beta=1,\ndamage})", 4,
+                   "Line 4: setAccuracy damage line needs damage=flag before its first comma: 'damage})'"},
+        FailedRead{"setAngles(x,1,2,3,4,5)\n" + std::string(70, 'A') + "AddWeaponResult(", 2,
+                   "Line 2: AddWeaponResult needs the condition, effect and target in double quotes but has 0 double "
+                   "quotes"},
+        FailedRead{"setPenetration(" + std::string(70, 'P'), 1,
+                   "Line 1: setPenetration needs the shield penetration after the weapon name: 'setPenetration("
+                   + std::string(45, 'P') + "...'"}));
 
 TEST(ScriptReaderTest, OpenAndFileReadFailures)
 {

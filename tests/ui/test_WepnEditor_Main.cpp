@@ -4,6 +4,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFileDialog>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -105,6 +106,16 @@ private slots:
         QCOMPARE(describe(window->menuBar()->actions()),
                  QStringLiteral("File=&File{Open=&Open=Ctrl+O, Save=&Save As...=Ctrl+S off, sep01=-, Exit=E&xit=Ctrl+Q}, "
                                 "Settings=&Settings{ManageDirectories=&Manage Directories{DecompiledData=&Decompiled Data}}"));
+    }
+
+    // Both file dialogs are the toolkit's own, matching ".wepn" in any letter case.
+    void fileDialogs()
+    {
+        QFileDialog dialog;
+        prepareFileDialog(dialog, scriptFileFilter());
+        QCOMPARE(dialog.nameFilters(), QStringList{QStringLiteral("Korvath Weapon Scripts (*.wepn)")});
+        QVERIFY(dialog.testOption(QFileDialog::DontUseNativeDialog));
+        QVERIFY(!(dialog.filter() & QDir::CaseSensitive));
     }
 
     void fixedSizeWithoutMaximizeThenExit()
