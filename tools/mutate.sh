@@ -89,8 +89,8 @@ apply() {
 
 # The programs the tests run, so that benchmarks and tools are not rebuilt for every mutant.
 targets() {
-    (cd "$build" && ctest --show-only=json-v1) | grep -o '"command" : \[[^"]*"[^"]*"' | sed 's/.*"\([^"]*\)"$/\1/' \
-        | xargs -n1 basename | sort -u
+    (cd "$build" && ctest --show-only=json-v1) | tr -d '\n' | grep -o '"command" *: *\[ *"[^"]*"' \
+        | sed 's/.*"\([^"]*\)"$/\1/' | xargs -n1 basename | sort -u
 }
 
 build_tests() {
