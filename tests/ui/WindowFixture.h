@@ -71,19 +71,12 @@ inline void writeFile(const QString &path, const QByteArray &bytes)
     QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size());
 }
 
-// A list's rows, or a document's entries, joined with "|".
+// A list's rows joined with "|".
 inline QString rows(const QListWidget *list)
 {
     QStringList texts;
     for (int i = 0; i < list->count(); ++i)
         texts << list->item(i)->text();
-    return texts.join(QLatin1Char('|'));
-}
-inline QString rows(const std::vector<std::string> &entries)
-{
-    QStringList texts;
-    for (const std::string &entry : entries)
-        texts << QString::fromLatin1(entry.data(), static_cast<qsizetype>(entry.size()));
     return texts.join(QLatin1Char('|'));
 }
 

@@ -77,14 +77,17 @@ private slots:
         QCOMPARE(resultEditor(), QStringLiteral("Hit DamageHealth 1 2 *"));
         choose(w.cboCondition, "Miss");
         retype(w.txtMinEffect, QStringLiteral("12.5"));
-        QCOMPARE(w.txtMinEffect->text(), QStringLiteral("125")); // the point never arrives
+        retype(w.txtMaxEffect, QStringLiteral("-2 x"));
+        // Only digits arrive in either field; txtAccuracy has no such filter (see accuracy()).
+        QCOMPARE(w.txtMinEffect->text() + QLatin1Char(' ') + w.txtMaxEffect->text(), QStringLiteral("125 2"));
         click(w.cmdApply);
         choose(w.cboEffect, "SpawnWeaponFire");
         QTest::keyClicks(w.txtSpawnedWeaponEffect, QStringLiteral("Flak_Burst"));
         QCOMPARE(resultEditor(), QStringLiteral("Miss SpawnWeaponFire 0* 0* Flak_Burst"));
         click(w.cmdAdd);
         choose(w.cboEffect, "Disable");
-        retype(w.txtMaxEffect, QString()); // Add makes it "0"
+        retype(w.txtMinEffect, QString()); // Add makes both "0"
+        retype(w.txtMaxEffect, QString());
         click(w.cmdAdd);
         QCOMPARE(resultEditor(), QStringLiteral("Miss Disable 0 0 Flak_Burst*"));
         QCOMPARE(rows(w.lstWeaponResults), QStringLiteral("Miss - DamageHealth - 125 - 2 - |"
@@ -171,7 +174,6 @@ private slots:
         click(w.findChild<QPushButton *>(button));
         QCOMPARE(dialogs->messages, QStringList{QStringLiteral("\"%1\" must hold a number, not \"4x\". Nothing was changed.").arg(label)});
         QCOMPARE(rows(w.lstWeaponResults) + rows(w.lstArmorFamilies) + rows(w.lstAccuracy), before);
-        QCOMPARE(rows(w.document.lstArmorFamilies) + rows(w.document.lstAccuracy), rows(w.lstArmorFamilies) + rows(w.lstAccuracy));
     }
 
     void penetration()
@@ -219,25 +221,6 @@ private slots:
         QCOMPARE(w.lstAccuracy->item(0)->text(), entry);
         QVERIFY(saved().contains(QStringLiteral("setAccuracy(NewWeaponType,1,\r\n{Fighter=%1},").arg(
             entry.endsWith(QLatin1Char('0')) ? QStringLiteral("1,") : entry.endsWith(QLatin1Char('2')) ? QStringLiteral("0.5, damage=1,") : QStringLiteral("0, damage=1,"))));
-    }
-
-    void digitFilter_data()
-    {
-        QTest::addColumn<QString>("field");
-        QTest::addColumn<QString>("keys");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("sign, blank, letter") << "txtMaxEffect" << "-3 a" << "3";
-        QTest::newRow("backspace") << "txtPenetration" << "12\b" << "1";
-        QTest::newRow("no filter") << "txtAccuracy" << "-1.5" << "-1.5";
-    }
-    void digitFilter()
-    {
-        QFETCH(QString, field);
-        QFETCH(QString, keys);
-        QFETCH(QString, text);
-        auto *edit = window->findChild<QLineEdit *>(field);
-        retype(edit, keys);
-        QCOMPARE(edit->text(), text);
     }
 
     void burstShots_data()
