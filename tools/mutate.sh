@@ -23,7 +23,7 @@ while getopts "b:j:t:" option; do
     b) build=$(cd "$OPTARG" && pwd) || exit 2 ;;
     j) jobs=$OPTARG ;;
     t) limit=$OPTARG ;;
-    *) sed -n '8,13p' "$0" >&2; exit 2 ;;
+    *) sed -n '8,14p' "$0" >&2; exit 2 ;;
     esac
 done
 shift $((OPTIND - 1))
@@ -58,7 +58,19 @@ if (($# > 0)); then picked=("$@"); else picked=($(seq 1 "$count")); fi
 
 # --- Applying and restoring -----------------------------------------------------------------------
 scratch=$(mktemp -d)
+[[ -n ${MUTATE_KEEP_LOGS:-} ]] && echo "mutate.sh: logs in $scratch" >&2
 applied=
+child=
+# Runs a command in a process group of its own and waits for it, so that a signal reaches the trap
+# at once (bash runs a trap only after a foreground command ends) and the trap can end the group.
+run() {
+    setsid --wait "$@" &
+    child=$!
+    wait "$child"
+    local status=$?
+    child=
+    return $status
+}
 restore() {
     if [[ -n $applied ]]; then
         # Written anew (not moved back) so that its time is newer than the mutant's object file.
@@ -68,10 +80,18 @@ restore() {
 }
 finish() {
     restore
-    rm -rf "$scratch"
+    [[ -n ${MUTATE_KEEP_LOGS:-} ]] || rm -rf "$scratch"
 }
 trap finish EXIT
-trap 'restore; echo "mutate.sh: interrupted; the source is unmutated" >&2; exit 130' INT TERM HUP
+interrupted() {
+    [[ -n $child ]] && kill -TERM -- "-$child" "$child" 2>/dev/null
+    restore
+    # To the script's own standard error: the trap may run inside a redirected command.
+    echo "mutate.sh: interrupted; the source is unmutated" >&3
+    exit 130
+}
+exec 3>&2
+trap interrupted INT TERM HUP
 
 # Gives 0 when the mutant was applied, 1 when its text is not found exactly once (stale).
 apply() {
@@ -87,30 +107,27 @@ apply() {
     printf '%s' "$before$to$after" >"$file"
 }
 
-# The programs the tests run, so that benchmarks and tools are not rebuilt for every mutant.
-targets() {
-    (cd "$build" && ctest --show-only=json-v1) | tr -d '\n' | grep -o '"command" *: *\[ *"[^"]*"' \
-        | sed 's/.*"\([^"]*\)"$/\1/' | xargs -n1 basename | sort -u
-}
-
+# Everything, as `make test` builds it: a test program that is missing is not listed by ctest.
 build_tests() {
-    # shellcheck disable=SC2046
-    cmake --build "$build" -j"$jobs" --target $(targets) >"$scratch/build.log" 2>&1
+    run cmake --build "$build" -j"$jobs" >"$scratch/build.log" 2>&1
 }
 
-# Prints the first failing test, or nothing when all pass.
+# Sets `by` to the first failing test, or to nothing when all pass (no command substitution, whose
+# subshell would hold back the trap).
 run_tests() {
-    (cd "$build" && timeout "$limit" ctest -j"$jobs" --timeout "$limit" --stop-on-failure >"$scratch/test.log" 2>&1)
+    by=
+    run timeout "$limit" ctest --test-dir "$build" -j"$jobs" --timeout "$limit" --stop-on-failure >"$scratch/test.log" 2>&1
     local status=$?
-    if ((status == 124)); then echo "(time limit)"; return; fi
+    if ((status == 124)); then by="(time limit)"; return; fi
     ((status == 0)) && return
-    grep -m1 -E '\*\*\*(Failed|Exception|Timeout)|\(Failed\)|\(SEGFAULT\)|\(Subprocess aborted\)' "$scratch/test.log" \
-        | sed -E 's/^ *[0-9]+\/[0-9]+ Test +#[0-9]+: ([^ ]+).*/\1/; s/^\s*[0-9]+ - ([^ ]+).*/\1/'
+    by=$(sed -n '/The following tests FAILED:/{n;p;q}' "$scratch/test.log" | sed -E 's/^\s*[0-9]+ - //')
+    by=${by:-(ctest failed)}
 }
 
 echo "mutate.sh: baseline build and test run in $build"
 if ! build_tests; then tail -20 "$scratch/build.log"; echo "mutate.sh: the unmutated tree does not build" >&2; exit 1; fi
-if [[ -n $(run_tests) ]]; then tail -20 "$scratch/test.log"; echo "mutate.sh: the unmutated suite fails" >&2; exit 1; fi
+run_tests
+if [[ -n $by ]]; then tail -20 "$scratch/test.log"; echo "mutate.sh: the unmutated suite fails" >&2; exit 1; fi
 
 killed=0 survived=0 stale=0 broken=0
 survivors=()
@@ -125,7 +142,7 @@ for number in "${picked[@]}"; do
         result=no-build by=
         broken=$((broken + 1))
     else
-        by=$(run_tests)
+        run_tests
         if [[ -n $by ]]; then
             result=killed
             killed=$((killed + 1))
