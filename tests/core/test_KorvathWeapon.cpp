@@ -5,96 +5,76 @@
 
 namespace {
 
-const char *const kStatement =
+const std::string kStatement =
     "StartWeaponConfig(NewWeaponType,\"AnimatedTurret\",\"Bullet\",\"FX_Shot\",\"Normal\",2500,1700,0,0,0,"
     "0,0,1,1,0.5,0,0,0,0,80,80,0.1,\"\",0,0,0)";
 
-KorvathWeapon grabbed(const std::string &line)
+// kStatement with its first `from` replaced.
+std::string with(const std::string &from, const std::string &to)
 {
-    KorvathWeapon weapon;
-    weapon.GrabValues(line);
-    return weapon;
+    std::string line = kStatement;
+    return line.replace(line.find(from), from.size(), to);
 }
 
 } // namespace
 
-TEST(KorvathWeaponTest, NormalisedStatementRoundTripsExactly)
+// Each line is taken, then printed back with the variable name set by InitializeWeaponValues.
+TEST(KorvathWeaponTest, TakesTheArgumentsAndPrintsThemNormalised)
 {
-    KorvathWeapon weapon = grabbed(kStatement);
-    ASSERT_EQ(weapon.intError, 0) << weapon.lastError();
-    EXPECT_EQ(weapon.sWeaponName, "");
-    weapon.InitializeWeaponValues();
-    EXPECT_EQ(weapon.SWCString(), kStatement);
-    EXPECT_EQ(weapon.sWeaponType, "AnimatedTurret");
-    EXPECT_EQ(weapon.fWeaponFireSpeed, 2500);
-    EXPECT_EQ(weapon.iUseVelocityPred, 1);
-    EXPECT_EQ(weapon.fFireTime, 0.5);
-    EXPECT_EQ(weapon.fSpeedMultiplierWhenPointingAtTarget, 0.1);
-    EXPECT_EQ(weapon.iMinDamage, 0);
-    EXPECT_EQ(weapon.iMaxDamage, 0);
-}
-
-TEST(KorvathWeaponTest, LayoutAroundTheArgumentsChangesNothing)
-{
-    const std::string messy =
-        "  startweaponconfig( Foo, \"AnimatedTurret\" , \"Bullet\",\"FX_Shot\", \"Normal\", 2500.0, 1.7e3, 0,0,0,"
-        "0,0,1,1, 0.50 ,0,0,0,0,80,80,0.1,\"\",0,0,0); -- the gun, 27th arg follows";
-    KorvathWeapon weapon = grabbed(messy);
-    ASSERT_EQ(weapon.intError, 0) << weapon.lastError();
-    weapon.InitializeWeaponValues();
-    EXPECT_EQ(weapon.SWCString(), kStatement);
-
-    // A 27th argument is ignored; the last field is the text of piece 25 before its ")".
-    KorvathWeapon longer = grabbed(std::string(kStatement).substr(0, std::string(kStatement).size() - 1)
-                                   + ",99,\"x\")");
-    EXPECT_EQ(longer.intError, 0) << longer.lastError();
-    EXPECT_EQ(longer.iInstantHitThreshold, 0);
-}
-
-TEST(KorvathWeaponTest, QuotedPiecesKeepOnlyTheQuotedText)
-{
-    KorvathWeapon weapon = grabbed(
-        "StartWeaponConfig(W,x\"Anim Turret\"y,\"Bullet,\"Fx\",\"Normal\",1,2,3,4,5,2,7,1,0,1.5,2.5,3.5,"
-        "1,0,10,20,0.3,\"shield\"junk,1,1e-5,-0.5)");
-    // The unclosed quote of piece 2 gives everything after it.
-    ASSERT_EQ(weapon.intError, 0) << weapon.lastError();
-    EXPECT_EQ(weapon.sWeaponType, "Anim Turret");
-    EXPECT_EQ(weapon.sWeaponFireType, "Bullet");
-    EXPECT_EQ(weapon.sWeaponShieldPenetration, "shield");
-    EXPECT_EQ(weapon.iInstantHitThreshold, 0); // -0.5 rounds to 0
-    EXPECT_EQ(weapon.iWeaponFireAxis, 2);
-    weapon.InitializeWeaponValues();
-    EXPECT_EQ(weapon.SWCString(),
-              "StartWeaponConfig(NewWeaponType,\"Anim Turret\",\"Bullet\",\"Fx\",\"Normal\",1,2,3,4,5,2,7,1,0,"
-              "1.5,2.5,3.5,1,0,10,20,0.3,\"shield\",1,1E-05,0)");
+    const std::pair<std::string, std::string> rows[] = {
+        {kStatement, kStatement},
+        {"  startweaponconfig( Foo, \"AnimatedTurret\" , \"Bullet\",\"FX_Shot\", \"Normal\", 2500.0, 1.7e3, 0,0,0,"
+         "0,0,1,1, 0.50 ,0,0,0,0,80,80,0.1,\"\",0,0,0); -- the gun",
+         kStatement},
+        // A 27th argument is ignored; the last one is the text of piece 25 before its ")".
+        {kStatement.substr(0, kStatement.size() - 1) + ",99,\"x\")", kStatement},
+        // Text between the first and second quote, or all after an unclosed one; ints round to even.
+        {"StartWeaponConfig(W,x\"Anim Turret\"y,\"Bullet,\"Fx\",\"Normal Only\",1,2,3,4,5,2.5,7,1,0,1.5,2.5,3.5,"
+         "1,-1,10,20,0.3,\"shield\"junk,1,1e-5,-0.5)",
+         "StartWeaponConfig(NewWeaponType,\"Anim Turret\",\"Bullet\",\"Fx\",\"Normal Only\",1,2,3,4,5,2,7,1,0,"
+         "1.5,2.5,3.5,1,-1,10,20,0.3,\"shield\",1,1E-05,0)"},
+        {"StartWeaponConfig(W,\"a\",\"b\",\"c\",\"d\",1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,\"e\",18,19,20)",
+         "StartWeaponConfig(NewWeaponType,\"a\",\"b\",\"c\",\"d\",1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,\"e\",18,"
+         "19,20)"},
+    };
+    for (const auto &[line, printed] : rows) {
+        KorvathWeapon weapon;
+        weapon.GrabValues(line);
+        EXPECT_EQ(weapon.intError, 0) << weapon.lastError();
+        EXPECT_EQ(weapon.lastError(), "");
+        EXPECT_EQ(weapon.sWeaponName, "");
+        weapon.InitializeWeaponValues();
+        EXPECT_EQ(weapon.SWCString(), printed);
+    }
 }
 
 TEST(KorvathWeaponTest, StatementItCannotTakeSetsTheErrorAndKeepsTheFields)
 {
-    KorvathWeapon weapon = grabbed(kStatement);
-    const std::string before = weapon.SWCString();
-
-    struct Bad
-    {
-        std::string line;
-        std::string reason;
+    const std::pair<std::string, std::string> rows[] = {
+        {"StartWeaponConfig(NewWeaponType,\"A\",\"B\")", "StartWeaponConfig needs 26 arguments but has 3"},
+        {"", "StartWeaponConfig needs 26 arguments but has 1"},
+        {with("\"AnimatedTurret\"", "AnimatedTurret"),
+         "StartWeaponConfig argument 1 (Weapon Type) needs a quoted text: 'AnimatedTurret'"},
+        {with("\"Bullet\"", "Bullet"), "StartWeaponConfig argument 2 (Weapon Fire Type) needs a quoted text: 'Bullet'"},
+        {with("\"Normal\"", "Normal"), "StartWeaponConfig argument 4 (Activation) needs a quoted text: 'Normal'"},
+        {with("\"\"", "none"), "StartWeaponConfig argument 22 (shield penetration) needs a quoted text: 'none'"},
+        {with("2500", "fast"), "StartWeaponConfig argument 5 (Projectile Velocity) is not a number in its range: 'fast'"},
+        {with("0.1,", "0.1x,"), "StartWeaponConfig argument 21 (Speed Multiplier) is not a number in its range: '0.1x'"},
+        {with("80,80", "80,8o"),
+         "StartWeaponConfig argument 20 (Vertical Tracking Speed) is not a number in its range: '8o'"},
+        {with("0,0,1,1,0.5", "0,40000,1,1,0.5"),
+         "StartWeaponConfig argument 11 (Max Effects Spawned) is not a number in its range: '40000'"},
+        {with(",0,0,0)", ",0,0,3000000000)"),
+         "StartWeaponConfig argument 25 (Beam Pass-Thru Health) is not a number in its range: '3000000000'"},
     };
-    std::string notNumber = kStatement;
-    notNumber.replace(notNumber.find("2500"), 4, "fast");
-    std::string outOfRange = kStatement;
-    outOfRange.replace(outOfRange.find(",80,80,"), 7, ",80,80,");
-    outOfRange.replace(outOfRange.find("0.5,0,0,0,0"), 11, "0.5,0,0,99999,0");
-    std::string unquoted = kStatement;
-    unquoted.replace(unquoted.find("\"Bullet\""), 8, "Bullet");
-    for (const Bad &bad : {Bad{"StartWeaponConfig(NewWeaponType,\"A\",\"B\")", "needs 26 arguments but has 3"},
-                           Bad{notNumber, "argument 5 (Projectile Velocity) is not a number in its range: 'fast'"},
-                           Bad{outOfRange, "argument 17 (Shoot at Secondaries)"},
-                           Bad{unquoted, "argument 2 (Weapon Fire Type) needs a quoted text: 'Bullet'"},
-                           Bad{"", "needs 26 arguments but has 1"}}) {
-        weapon.GrabValues(bad.line);
-        EXPECT_EQ(weapon.intError, 1) << bad.line;
-        EXPECT_NE(weapon.lastError().find(bad.reason), std::string::npos) << weapon.lastError();
-        EXPECT_EQ(weapon.SWCString(), before);
+    KorvathWeapon weapon;
+    weapon.GrabValues(with("2500", "7"));
+    for (const auto &[line, reason] : rows) {
+        weapon.GrabValues(line);
+        EXPECT_EQ(weapon.intError, 1) << line;
+        EXPECT_EQ(weapon.lastError(), reason);
+        EXPECT_EQ(weapon.fWeaponFireSpeed, 7);
+        EXPECT_EQ(weapon.sWeaponType, "AnimatedTurret");
     }
     weapon.GrabValues(kStatement);
     EXPECT_EQ(weapon.intError, 0);

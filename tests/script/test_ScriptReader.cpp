@@ -42,40 +42,26 @@ Strings leftovers(const EditorDocument &document)
 // Whether setAngles is read and which lines are kept: names in any case and anywhere, comments
 // only from the first column, "--[[" only on its own line, any line end, the last setAngles, and
 // lines that an earlier pass took.
-struct AnglesBytes
+TEST(ScriptReaderTest, SetAnglesIsReadOrKept)
 {
-    std::string bytes;
-    bool read;
-    Strings kept;
-};
-
-void PrintTo(const AnglesBytes &c, std::ostream *os) { *os << testing::PrintToString(c.bytes); }
-
-class AnglesRecognitionTest : public testing::TestWithParam<AnglesBytes>
-{};
-
-TEST_P(AnglesRecognitionTest, IsReadOrKept)
-{
-    EditorDocument document = prepared();
-    ASSERT_TRUE(ReadWeaponScript(document, GetParam().bytes).completed());
-    EXPECT_EQ(document.fFiringArc, GetParam().read ? 1 : 0);
-    EXPECT_EQ(leftovers(document), GetParam().kept);
+    const std::tuple<std::string, bool, Strings> rows[] = {
+        {"SETANGLES(x,1,2,3,4,5)", true, {}},
+        {"\tlocal a = SetAngles(x, 1 , 2,3,4,5 ); -- c", true, {}},
+        {" -- setAngles(x,1,2,3,4,5)", true, {}},
+        {"-- setAngles(x,1,2,3,4,5)", false, {}},
+        {"--[[ setAngles(x,9)\r\nsetAngles(x,1,2,3,4,5)\r\n]]\r\n  --[[ x", true, {"]]", "  --[[ x"}},
+        {"setAngles(x,1,2,3,4,5)\rprint(\"\xe9t\xe9\")\r", true, {"print(\"\xe9t\xe9\")"}},
+        {"setAngles(x,1,2,3,4,5)\nlast", true, {"last"}},
+        {"setAngles(x,9,9,9,9,9)\r\nsetAngles(x,1,2,3,4,5)", true, {}},
+        {"AddWeaponResult(x,\"setAngles\",\"Push\",\"T\",1,2,\"\")\r\n" + kStart + " -- setAngles(x,9,9,9,9,9)", false, {}},
+        {"setAngle(x,1,2,3,4,5)", false, {"setAngle(x,1,2,3,4,5)"}}};
+    for (const auto &[bytes, read, kept] : rows) {
+        EditorDocument document = prepared();
+        ASSERT_TRUE(ReadWeaponScript(document, bytes).completed()) << bytes;
+        EXPECT_EQ(document.fFiringArc, read ? 1 : 0) << bytes;
+        EXPECT_EQ(leftovers(document), kept) << bytes;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Dialect, AnglesRecognitionTest,
-    testing::Values(AnglesBytes{"SETANGLES(x,1,2,3,4,5)", true, {}},
-                    AnglesBytes{"\tlocal a = SetAngles(x, 1 , 2,3,4,5 ); -- c", true, {}},
-                    AnglesBytes{" -- setAngles(x,1,2,3,4,5)", true, {}},
-                    AnglesBytes{"-- setAngles(x,1,2,3,4,5)", false, {}},
-                    AnglesBytes{"--[[ setAngles(x,9)\r\nsetAngles(x,1,2,3,4,5)\r\n]]\r\n  --[[ x", true, {"]]", "  --[[ x"}},
-                    AnglesBytes{"setAngles(x,1,2,3,4,5)\rprint(\"\xe9t\xe9\")\r", true, {"print(\"\xe9t\xe9\")"}},
-                    AnglesBytes{"setAngles(x,1,2,3,4,5)\nlast", true, {"last"}},
-                    AnglesBytes{"setAngles(x,9,9,9,9,9)\r\nsetAngles(x,1,2,3,4,5)", true, {}},
-                    AnglesBytes{"AddWeaponResult(x,\"setAngles\",\"Push\",\"T\",1,2,\"\")\r\n" + kStart
-                                    + " -- setAngles(x,9,9,9,9,9)",
-                                false, {}},
-                    AnglesBytes{"setAngle(x,1,2,3,4,5)", false, {"setAngle(x,1,2,3,4,5)"}}));
 
 // "setPenetration(x,5,1)" also shows a table that closes on its first line taking the following
 // lines up to the next ")".
@@ -93,16 +79,6 @@ TEST(ScriptReaderTest, OnlyTheFirstPenetrationTableFillsFamilyEntriesInTheScript
     EXPECT_EQ(leftovers(document), (Strings{"setPenetration(x,1,2,", "{Beta=9,})"}));
 }
 
-TEST(ScriptReaderTest, AccuracyDamageFlagsOnEntriesAndOnLinesOfTheirOwn)
-{
-    EditorDocument document = prepared();
-    ASSERT_TRUE(read(document, {"setAccuracy(x,1.5,", "{Alpha=0.4,},", "{Beta=0.7,", "damage=2},",
-                                "{Gamma=0.2, Damage=1,})", "setAccuracy(x,0.5,"})
-                    .completed());
-    EXPECT_EQ(document.iDefaultAccuracy, 2);
-    EXPECT_EQ(document.lstAccuracy, (Strings{"Alpha - 0.4 - 0", "Beta - 0.7 - 2", "Gamma - 0.2 - 0"}));
-}
-
 // Every read resets the tables; an abandoned one keeps the record and the earlier values.
 TEST(ScriptReaderTest, AbandonedReadKeepsTheRecordAndTheResetDocument)
 {
@@ -115,7 +91,7 @@ TEST(ScriptReaderTest, AbandonedReadKeepsTheRecordAndTheResetDocument)
     const ReadResult result = read(document, {"-- c", "StartWeaponConfig(x,\"Fixed\",\"Bullet\")", "setAngles(x,9,9,9,9,9)"});
     EXPECT_EQ(result.outcome, ReadOutcome::Abandoned);
     EXPECT_EQ(result.line, 2);
-    EXPECT_EQ(result.message(), "Line 2: " + document.Weapon.lastError());
+    EXPECT_EQ(result.message(), "Line 2: StartWeaponConfig needs 26 arguments but has 3");
     EXPECT_EQ(document.Weapon.SWCString(), before.SWCString());
     EXPECT_EQ(document.fFiringArc, 1);
     EXPECT_TRUE(document.lstWeaponResults.empty());
@@ -124,50 +100,62 @@ TEST(ScriptReaderTest, AbandonedReadKeepsTheRecordAndTheResetDocument)
     EXPECT_EQ(document.strScriptLines, (Strings{"", "StartWeaponConfig(x,\"Fixed\",\"Bullet\")", "setAngles(x,9,9,9,9,9)"}));
 }
 
-struct FailedRead
+// A line the reader cannot take fails the read, naming the line, the statement and the text.
+TEST(ScriptReaderTest, FailedReadNamesTheLineTheStatementAndTheText)
 {
-    std::string bytes;
-    int line;
-    std::string message;
-};
-
-void PrintTo(const FailedRead &c, std::ostream *os) { *os << c.message; }
-
-class FailedReadTest : public testing::TestWithParam<FailedRead>
-{};
-
-TEST_P(FailedReadTest, NamesTheLineTheStatementAndTheText)
-{
-    EditorDocument document = prepared();
-    const ReadResult result = ReadWeaponScript(document, GetParam().bytes);
-    EXPECT_EQ(result.outcome, ReadOutcome::Failed);
-    EXPECT_EQ(result.line, GetParam().line);
-    EXPECT_EQ(result.message(), GetParam().message);
+    const std::pair<std::string, std::string> rows[] = {
+        {"", "The file is empty."},
+        {"\n\nsetAngles(x,1,2,,4,5)", "Line 3: setAngles right rotation is not a number: ''"},
+        {"AddWeaponResult(x,\"Hit\",\"Push\",Target,1,2)",
+         "Line 1: AddWeaponResult needs the condition, effect and target in double quotes but has 4 double quotes"},
+        {"setPenetration(x,1,1,\n{Alpha=0.6},{Beta=0.5}",
+         "Line 2: setPenetration value of family 'Alpha' is not a number: '0.6Beta'"},
+        {"setAccuracy(x,40000,", "Line 1: setAccuracy default accuracy is out of range (-32768 to 32767): '40000'"},
+        {"setAccuracy(x,1,\ndamage=1,\n{Alpha=1,})",
+         "Line 2: setAccuracy damage line comes before the first entry: 'damage=1,'"},
+        {"AddWeaponResult(x,\"Hit\",\"Push\",\"T\")",
+         "Line 1: AddWeaponResult needs 5 arguments after the weapon name but has 3"},
+        {"AddWeaponResult(x,\"Hit\",\"Push\",\"T\",1,2e,\"\")",
+         "Line 1: AddWeaponResult maximum effect is not a number: '2e'"},
+        {"AddWeaponResult(x,\"Hit\",\"SpawnWeaponFire\",\"T\",1,2,FX)",
+         "Line 1: AddWeaponResult with SpawnWeaponFire needs the spawned effect in double quotes but has 6 "
+         "double quotes"},
+        {"setAngles(x,1,2,3)", "Line 1: setAngles needs 5 numbers but has 3"},
+        {"setAngles(x,1,2,3,4,5x)", "Line 1: setAngles up rotation is not a number: '5x'"},
+        {"setMiscValues(x,1)", "Line 1: setMiscValues needs 2 numbers but has 1"},
+        {"setMiscValues(x,1,y)", "Line 1: setMiscValues slave fire delay is not a number: 'y'"},
+        {"setPenetration(x)", "Line 1: setPenetration needs the shield penetration after the weapon name: "
+         "'setPenetration(x)'"},
+        {"setPenetration(x,3000000000,",
+         "Line 1: setPenetration shield penetration is out of range (-2147483648 to 2147483647): '3000000000'"},
+        {"setAccuracy(x)", "Line 1: setAccuracy needs the default accuracy after the weapon name: 'setAccuracy(x)'"},
+        {"setAccuracy(x,1,\n{Alpha, x=1})",
+         "Line 2: setAccuracy entry needs family=value before its first comma: '{Alpha, x=1})'"},
+        {"setAccuracy(x,1,\n{Alpha=1, damage, x=2})",
+         "Line 2: setAccuracy entry needs damage=flag after its first comma: '{Alpha=1, damage, x=2})'"},
+        {"setAccuracy(x,1,\n{Alpha=1,},\n{Beta=1,\ndamage=x})",
+         "Line 4: setAccuracy damage flag of family 'Beta' is not a number: 'x'"},
+        {"setAccuracy(x,1,\n{Alpha=1,},\n{Beta=1,\ndamage})",
+         "Line 4: setAccuracy damage line needs damage=flag before its first comma: 'damage})'"},
+        {"setPenetration(" + std::string(70, 'P'),
+         "Line 1: setPenetration needs the shield penetration after the weapon name: 'setPenetration("
+         + std::string(45, 'P') + "...'"}};
+    for (const auto &[bytes, message] : rows) {
+        EditorDocument document = prepared();
+        const ReadResult result = ReadWeaponScript(document, bytes);
+        EXPECT_EQ(result.outcome, ReadOutcome::Failed) << message;
+        EXPECT_EQ(result.message(), message);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Unreadable, FailedReadTest,
-    testing::Values(
-        FailedRead{"", 0, "The file is empty."},
-        FailedRead{"\n\nsetAngles(x,1,2,,4,5)", 3, "Line 3: setAngles right rotation is not a number: ''"},
-        FailedRead{"AddWeaponResult(x,\"Hit\",\"Push\",Target,1,2)", 1,
-                   "Line 1: AddWeaponResult needs the condition, effect and target in double quotes but has 4 double quotes"},
-        FailedRead{"setPenetration(x,1,1,\n{Alpha=0.6},{Beta=0.5}", 2,
-                   "Line 2: setPenetration value of family 'Alpha' is not a number: '0.6Beta'"},
-        FailedRead{"setAccuracy(x,40000,", 1, "Line 1: setAccuracy default accuracy is out of range (-32768 to 32767): '40000'"},
-        FailedRead{"setAccuracy(x,1,\ndamage=1,\n{Alpha=1,})", 2,
-                   "Line 2: setAccuracy damage line comes before the first entry: 'damage=1,'"}));
-
-TEST(ScriptReaderTest, OpenAndFileReadFailures)
+// Open fills and builds the family tables after the read; a family it cannot fill fails the Open.
+TEST(ScriptReaderTest, OpenFailsOnAFamilyItCannotFill)
 {
     EditorDocument document;
     document.setFamilies({"Odd - Name"}, {});
-    EXPECT_EQ(OpenWeaponScript(document, kStart).outcome, ReadOutcome::Failed);
-
-    const std::string missing = (std::filesystem::temp_directory_path() / "vantorel-no-such.wepn").string();
-    const ReadResult result = ReadWeaponScriptFile(document, missing);
+    const ReadResult result = OpenWeaponScript(document, kStart);
     EXPECT_EQ(result.outcome, ReadOutcome::Failed);
-    EXPECT_EQ(result.message(), "Cannot read '" + missing + "': No such file or directory");
-    const std::string folder = std::filesystem::temp_directory_path().string();
-    EXPECT_EQ(ReadWeaponScriptFile(document, folder).message(), "Cannot read '" + folder + "': Is a directory");
+    EXPECT_EQ(result.message(), "The penetration entry 'Odd - Name - N' is not a family name and a number.");
+    const std::string missing = (std::filesystem::temp_directory_path() / "vantorel-no-such.wepn").string();
+    EXPECT_EQ(ReadWeaponScriptFile(document, missing).message(), "Cannot read '" + missing + "': No such file or directory");
 }

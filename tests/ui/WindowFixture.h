@@ -4,9 +4,7 @@
 #pragma once
 
 #include "Dialogs.h"
-#include "FamilyList.h"
 #include "PathText.h"
-#include "ScriptReader.h"
 #include "WepnEditor_Main.h"
 
 #include <QAction>
@@ -62,6 +60,12 @@ private:
 inline const QString kDataDirSetting = QStringLiteral("Directories/Decompiled_Data");
 inline const QString kDefaultDataDir = QStringLiteral("C:\\Program Files\\Quellbrook\\Korvath\\Data");
 
+// Expected bytes and hand-made scripts under tests/data.
+inline QString testData(const char *relative)
+{
+    return QStringLiteral(VANTOREL_SOURCE_DIR "/tests/data/") + QLatin1String(relative);
+}
+
 inline QByteArray fileBytes(const QString &path)
 {
     QFile file(path);
@@ -74,19 +78,12 @@ inline void writeFile(const QString &path, const QByteArray &bytes)
     QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size());
 }
 
-// A list's rows, or a document's entries, joined with "|".
+// A list's rows joined with "|".
 inline QString rows(const QListWidget *list)
 {
     QStringList texts;
     for (int i = 0; i < list->count(); ++i)
         texts << list->item(i)->text();
-    return texts.join(QLatin1Char('|'));
-}
-inline QString rows(const std::vector<std::string> &entries)
-{
-    QStringList texts;
-    for (const std::string &entry : entries)
-        texts << QString::fromLatin1(entry.data(), static_cast<qsizetype>(entry.size()));
     return texts.join(QLatin1Char('|'));
 }
 
@@ -140,17 +137,5 @@ protected:
         dialogs->answers.enqueue(answer);
         window->Save->trigger();
         dialogs->answers.clear(); // a refused save asks nothing
-    }
-
-    // A script as the reader reads it on its own, with the sample family list.
-    std::optional<EditorDocument> readBack(const QString &path) const
-    {
-        const FamilyList families = ReadFamilyListFile(PathText::toBytes(data + QStringLiteral("/Scripts/familylist.lua")));
-        EditorDocument document;
-        document.setFamilies(families.armourFamilies, families.attackFamilies);
-        const QByteArray bytes = fileBytes(path);
-        if (!families.ok() || !OpenWeaponScript(document, {bytes.constData(), static_cast<std::size_t>(bytes.size())}).completed())
-            return std::nullopt;
-        return document;
     }
 };

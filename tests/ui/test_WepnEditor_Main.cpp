@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
-// The window after start-up: controls, menus, tab order, size, caption and data paths.
+// The window after start-up: controls, menus, tab order, size, caption, data paths and the
+// directory dialog.
 #include "WindowFixture.h"
+#include "frmDecompiledDataDir.h"
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFileDialog>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -37,32 +40,33 @@ private slots:
                                 "cboCondition=Hit|Miss=Hit\ncboEffect=DamageHealth|Disable|Push|SpawnWeaponFire=DamageHealth"));
     }
 
+    // Every field and button as name=text, " ro" when read-only, " off" when disabled in its frame.
     void initialStates()
     {
         WepnEditor_Main &w = *window;
-        QVERIFY(w.Value[2] == nullptr);
-        for (int i : {0, 1, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}) {
-            auto *field = w.findChild<QLineEdit *>(QStringLiteral("Value_%1").arg(i));
-            QCOMPARE(field, w.Value[static_cast<std::size_t>(i)]);
-            const bool readOnly = i == 0 || i == 1 || i == 11;
-            QCOMPARE(field->isReadOnly(), readOnly);
-            QCOMPARE(field->text(), readOnly ? QString() : QStringLiteral("0"));
-            QCOMPARE(field->isEnabledTo(w.fraBasicStats), i != 5 && i != 6 && i != 7 && i != 16);
+        QStringList shown;
+        for (QWidget *widget : w.centralWidget()->findChildren<QWidget *>()) {
+            auto *edit = qobject_cast<QLineEdit *>(widget);
+            auto *button = qobject_cast<QAbstractButton *>(widget);
+            if ((!edit && !button) || widget->objectName().isEmpty())
+                continue;
+            shown << widget->objectName() + QLatin1Char('=') + (edit ? edit->text() : button->text())
+                    + (edit && edit->isReadOnly() ? QStringLiteral(" ro") : QString())
+                    + (widget->isEnabledTo(widget->parentWidget()) ? QString() : QStringLiteral(" off"));
         }
-        QVERIFY(!w.cboFireAxis->isEnabledTo(w.fraBasicStats));
+        QCOMPARE(shown.join(QLatin1Char(' ')),
+                 QStringLiteral("Value_0= ro Value_1= ro Value_3=0 Value_4=0 Value_5=0 off Value_6=0 off Value_7=0 off "
+                                "Value_8=0 Value_9=0 Value_10=0 Value_11= ro Value_12=0 Value_13=0 Value_14=0 Value_15=0 "
+                                "Value_16=0 off txtMinEffect=0 txtMaxEffect=0 txtSpawnedWeaponEffect= off cmdRemove=Remove off "
+                                "cmdAdd=Add off cmdApply=Apply off txtFiringArc=0 txtLeftRot=0 txtRightRot=0 txtDownRot=0 "
+                                "txtUpRot=0 txtBarrelRecoil=0 txtSlaveFireDelay=0 txtFieldPenetration=0 "
+                                "txtDefaultPenetration=0 txtPenetration=0 cmdPenApply=Apply txtAccuracy=0 "
+                                "chkAlwaysDMG=Always Causes Damage cmdAccApply=Apply"));
+        QCOMPARE(w.findChildren<QGroupBox *>().size(), 6);
         for (QGroupBox *frame : w.findChildren<QGroupBox *>())
             QVERIFY2(!frame->isEnabled(), qPrintable(frame->objectName()));
-        QCOMPARE(w.findChildren<QGroupBox *>().size(), 6);
         QCOMPARE(w.fraRotations->title(), QStringLiteral("Firing Cone and Turret Rotation"));
-        QVERIFY(!w.cmdRemove->isEnabledTo(&w) && !w.cmdAdd->isEnabledTo(&w) && !w.cmdApply->isEnabledTo(&w));
-        QVERIFY(w.cmdPenApply->isEnabledTo(w.fraPenetration) && w.cmdAccApply->isEnabledTo(w.fraAccuracy));
-        QVERIFY(!w.txtSpawnedWeaponEffect->isEnabledTo(w.fraWeaponResults) && w.txtSpawnedWeaponEffect->text().isEmpty());
-        for (QLineEdit *field : {w.txtMinEffect, w.txtFiringArc, w.txtSlaveFireDelay, w.txtDefaultPenetration,
-                                 w.txtPenetration, w.txtAccuracy})
-            QCOMPARE(field->text(), QStringLiteral("0"));
-        QCOMPARE(w.chkAlwaysDMG->text(), QStringLiteral("Always Causes Damage"));
         QCOMPARE(w.lblBurstShots->text(), QStringLiteral("Burst Shots:"));
-        QCOMPARE(w.lstWeaponResults->count(), 0);
     }
 
     void tabOrder()
@@ -108,40 +112,86 @@ private slots:
                                 "ReadAsGame=Read Scripts as the Game Does}"));
     }
 
+    // Both file dialogs are the toolkit's own, matching ".wepn" in any letter case.
+    void fileDialogs()
+    {
+        QFileDialog dialog;
+        prepareFileDialog(dialog, scriptFileFilter());
+        QCOMPARE(dialog.nameFilters(), QStringList{QStringLiteral("Korvath Weapon Scripts (*.wepn)")});
+        QVERIFY(dialog.testOption(QFileDialog::DontUseNativeDialog));
+        QVERIFY(!(dialog.filter() & QDir::CaseSensitive));
+    }
+
     void fixedSizeWithoutMaximizeThenExit()
     {
         startWindow(false, true);
         QCOMPARE(window->centralWidget()->size(), QSize(824, 599));
         QCOMPARE(window->minimumSize(), window->maximumSize());
-        QCOMPARE(window->fraBasicStats->geometry(), QRect(8, 0, 265, 593));
         QCOMPARE(window->fraAccuracy->geometry(), QRect(552, 312, 265, 281));
-        QVERIFY(window->windowFlags() & Qt::WindowMinimizeButtonHint);
         QVERIFY(!(window->windowFlags() & Qt::WindowMaximizeButtonHint));
         window->Exit->trigger();
         QVERIFY(!window->isVisible());
     }
 
-    void startUp_data()
-    {
-        QTest::addColumn<QString>("stored"); // empty: no setting
-        QTest::addColumn<QString>("dataDir");
-        QTest::newRow("stored") << "/games/Korvath/Data" << "/games/Korvath/Data";
-        QTest::newRow("no setting") << "" << kDefaultDataDir;
-    }
+    // Start-up takes the stored data directory, or the default, and writes nothing.
     void startUp()
     {
+        window->Form_Load();
+        QCOMPARE(window->windowTitle(), QStringLiteral("Vantorel 1.4.3"));
+        QCOMPARE(PathText::toQString(window->strDataDir), kDefaultDataDir);
+        settings->setValue(kDataDirSetting, QStringLiteral("/games/Data"));
+        window->Form_Load();
+        QCOMPARE(PathText::toQString(window->strFLFile), QStringLiteral("/games/Data/Scripts/familylist.lua"));
+        QCOMPARE(settings->allKeys(), QStringList{kDataDirSetting});
+    }
+
+    // Settings > Manage Directories > Decompiled Data: the folder shown, the check, what is stored.
+    void directoryDialog_data()
+    {
+        QTest::addColumn<QString>("stored");  // the setting before; "data": the sample data folder
+        QTest::addColumn<QString>("shown");   // what the dialog shows first
+        QTest::addColumn<QString>("typed");   // then typed over it; "data/": with a separator
+        QTest::addColumn<bool>("ok");         // OK clicked, else the dialog is closed
+        QTest::addColumn<QString>("message"); // after OK
+        QTest::newRow("stored, closed") << "data" << "data" << "" << false << "";
+        QTest::newRow("gone, missing typed") << "/gone" << kDefaultDataDir << "/gone" << true
+                                             << "That folder does not exist, please try again.";
+        QTest::newRow("unset, stored as typed") << "" << kDefaultDataDir << "data/" << true << "";
+    }
+    void directoryDialog()
+    {
         QFETCH(QString, stored);
-        QFETCH(QString, dataDir);
+        QFETCH(QString, shown);
+        QFETCH(QString, typed);
+        QFETCH(bool, ok);
+        QFETCH(QString, message);
+        startWindow(false, true);
+        for (QString *text : {&stored, &shown, &typed})
+            text->replace(QStringLiteral("data"), data);
         if (!stored.isEmpty())
             settings->setValue(kDataDirSetting, stored);
         window->Form_Load();
-        QCOMPARE(window->windowTitle(), QStringLiteral("Vantorel 1.4.3"));
-        QCOMPARE(PathText::toQString(window->strDataDir), dataDir);
-        QCOMPARE(PathText::toQString(window->strWEPNDir), dataDir + QStringLiteral("/Weapon"));
-        QCOMPARE(PathText::toQString(window->strWFDir), dataDir + QStringLiteral("/Scripts/Weaponfire"));
-        QCOMPARE(PathText::toQString(window->strFLFile), dataDir + QStringLiteral("/Scripts/familylist.lua"));
-        QCOMPARE(window->intLoaded, std::int16_t(0));
-        QCOMPARE(settings->value(kDataDirSetting).toString(), stored); // start-up writes nothing
+        window->DecompiledData->trigger();
+        QPointer<frmDecompiledDataDir> dialog = window->directoryDialog();
+        QVERIFY(dialog && QTest::qWaitForWindowExposed(dialog) && !window->isEnabled());
+        QCOMPARE(dialog->windowTitle(), QStringLiteral("Manage Directories"));
+        QCOMPARE(dialog->txtDataDir->text(), shown);
+        dialog->txtDataDir->setText(typed);
+        if (ok)
+            QTest::mouseClick(dialog->cmdOK, Qt::LeftButton);
+        else
+            QVERIFY(dialog->close());
+        QCOMPARE(dialogs->messages, message.isEmpty() ? QStringList() : QStringList{message});
+        if (!message.isEmpty()) {
+            QVERIFY(dialog->isVisible() && !window->isEnabled());
+            QVERIFY(dialog->close());
+        }
+        QVERIFY(window->isEnabled());
+        QTRY_VERIFY(dialog.isNull());
+        const bool stores = ok && message.isEmpty();
+        QCOMPARE(settings->value(kDataDirSetting).toString(), stores ? typed : stored);
+        QCOMPARE(PathText::toQString(window->strFLFile),
+                 (stores ? typed : stored.isEmpty() ? kDefaultDataDir : stored) + QStringLiteral("/Scripts/familylist.lua"));
     }
 };
 

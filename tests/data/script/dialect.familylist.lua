@@ -1,0 +1,9 @@
+armourfamily
+ name = "Fighter"
+ name = "Frigate"
+unitcapsfamily
+attackfamily
+ name = "Fighter"
+ name = "Frigate"
+ name = "Mine"
+dockfamily

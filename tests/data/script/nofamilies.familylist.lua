@@ -1,0 +1,4 @@
+armourfamily
+unitcapsfamily
+attackfamily
+dockfamily
