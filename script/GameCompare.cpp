@@ -57,8 +57,8 @@ bool sameValue(const Value &a, const Value &b)
         return a.text == b.text;
     case Value::Kind::Table:
         return std::equal(a.entries.begin(), a.entries.end(), b.entries.begin(), b.entries.end(),
-                          [](const auto &x, const auto &y) {
-                              return sameValue(x.first, y.first) && sameValue(x.second, y.second);
+                          [](const Value::Entry &x, const Value::Entry &y) {
+                              return sameValue(x.key, y.key) && sameValue(x.value, y.value);
                           });
     case Value::Kind::Nil:
     case Value::Kind::Weapon:

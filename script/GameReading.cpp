@@ -149,40 +149,6 @@ std::optional<Numeral> numeral(const Expression &expression)
     }
 }
 
-// The order the game's view keeps a table's entries in.
-const auto entryBefore = [](const auto &a, const auto &b) {
-    const bool aNumber = a.first.kind == Value::Kind::Number, bNumber = b.first.kind == Value::Kind::Number;
-    if (aNumber != bNumber)
-        return aNumber;
-    if (aNumber)
-        return a.first.number < b.first.number;
-    if (a.first.kind != b.first.kind)
-        return a.first.kind < b.first.kind;
-    return a.first.text < b.first.text;
-};
-
-bool sameValue(const Value &a, const Value &b)
-{
-    if (a.kind != b.kind)
-        return false;
-    switch (a.kind) {
-    case Value::Kind::Number:
-        return a.number == b.number || (std::isnan(a.number) && std::isnan(b.number));
-    case Value::Kind::Boolean:
-        return a.number == b.number;
-    case Value::Kind::Text:
-    case Value::Kind::Other:
-        return a.text == b.text;
-    case Value::Kind::Table:
-        return std::equal(a.entries.begin(), a.entries.end(), b.entries.begin(), b.entries.end(),
-                          [](const auto &x, const auto &y) {
-                              return sameValue(x.first, y.first) && sameValue(x.second, y.second);
-                          });
-    default:
-        return true;
-    }
-}
-
 // --- Filling the document ----------------------------------------------------------------------
 
 const GameView::Call *lastCall(const std::vector<GameView::Call> &calls, std::string_view name)
@@ -453,13 +419,13 @@ std::optional<Value> evaluate(const Expression &expression)
             if (!entry)
                 return std::nullopt;
             const auto same = std::find_if(value.entries.begin(), value.entries.end(),
-                                           [&](const auto &e) { return sameValue(e.first, key); });
+                                           [&](const Value::Entry &e) { return e.key == key; });
             if (same != value.entries.end())
                 value.entries.erase(same);
             if (entry->kind != Value::Kind::Nil)
-                value.entries.emplace_back(std::move(key), std::move(*entry));
+                value.entries.push_back({std::move(key), std::move(*entry)});
         }
-        std::sort(value.entries.begin(), value.entries.end(), entryBefore);
+        std::sort(value.entries.begin(), value.entries.end(), GameView::entryBefore);
         return value;
     }
     case Expression::Kind::Group:
@@ -487,7 +453,7 @@ std::optional<std::string> compareWithGame(const ScriptSyntax::Script &syntax, c
                    + NumberText::intText(static_cast<long long>(calls[i].arguments.size())) + " arguments";
         for (std::size_t k = 0; k < statement.arguments.size(); ++k) {
             const std::optional<Value> value = evaluate(statement.arguments[k].value);
-            if (!value || !sameValue(*value, calls[i].arguments[k]))
+            if (!value || !(*value == calls[i].arguments[k]))
                 return line(statement.name.line) + "the game reads " + argumentName(statement.name.text, k) + " as "
                        + GameView::valueText(calls[i].arguments[k]) + ", the editor as "
                        + (value ? GameView::valueText(*value) : std::string("no value it can tell"));

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 
@@ -107,23 +108,13 @@ void tableEntries(lua_State *L, int index, int depth, std::size_t &recorded, Val
     while (recorded <= kRecordedLimit && (more = lua_next(L, absolute) != 0)) {
         Value key = valueAt(L, -2, depth + 1, recorded);
         Value value = valueAt(L, -1, depth + 1, recorded);
-        table.entries.emplace_back(std::move(key), std::move(value));
+        table.entries.push_back({std::move(key), std::move(value)});
         lua_pop(L, 1);
     }
     if (more)
         lua_pop(L, 1); // the key that lua_next was not given again
-    // The array part first, in key order, then the named entries by name: a fixed order, whatever
-    // order Lua's hash part keeps them in.
-    std::sort(table.entries.begin(), table.entries.end(), [](const auto &a, const auto &b) {
-        const bool aNumber = a.first.kind == Value::Kind::Number, bNumber = b.first.kind == Value::Kind::Number;
-        if (aNumber != bNumber)
-            return aNumber;
-        if (aNumber)
-            return a.first.number < b.first.number;
-        if (a.first.kind != b.first.kind)
-            return a.first.kind < b.first.kind;
-        return a.first.text < b.first.text;
-    });
+    // A fixed order, whatever order Lua's hash part keeps the entries in.
+    std::sort(table.entries.begin(), table.entries.end(), entryBefore);
 }
 
 // Reads without converting in place: lua_tolstring on a number would change a table key under lua_next.
@@ -259,6 +250,40 @@ const Value *Value::field(std::string_view key) const
             return &v;
     }
     return nullptr;
+}
+
+bool operator==(const Value &a, const Value &b)
+{
+    if (a.kind != b.kind)
+        return false;
+    switch (a.kind) {
+    case Value::Kind::Number:
+        return a.number == b.number || (std::isnan(a.number) && std::isnan(b.number));
+    case Value::Kind::Boolean:
+        return a.number == b.number;
+    case Value::Kind::Text:
+    case Value::Kind::Other:
+        return a.text == b.text;
+    case Value::Kind::Table:
+        return std::equal(a.entries.begin(), a.entries.end(), b.entries.begin(), b.entries.end(),
+                          [](const Value::Entry &x, const Value::Entry &y) { return x.key == y.key && x.value == y.value; });
+    case Value::Kind::Nil:
+    case Value::Kind::Weapon:
+        break;
+    }
+    return true;
+}
+
+bool entryBefore(const Value::Entry &a, const Value::Entry &b)
+{
+    const bool aNumber = a.key.kind == Value::Kind::Number, bNumber = b.key.kind == Value::Kind::Number;
+    if (aNumber != bNumber)
+        return aNumber;
+    if (aNumber)
+        return a.key.number < b.key.number;
+    if (a.key.kind != b.key.kind)
+        return a.key.kind < b.key.kind;
+    return a.key.text < b.key.text;
 }
 
 Run RunScript(std::string_view bytes)

@@ -3,7 +3,6 @@
 
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 // What the game reads from a script: the script is run as Lua, in a sandbox, and every call it makes
@@ -15,15 +14,27 @@ namespace GameView {
 struct Value
 {
     enum class Kind { Nil, Boolean, Number, Text, Table, Weapon, Other };
+    struct Entry;
 
     Kind kind = Kind::Nil;
     double number = 0;   // Number; Boolean as 0 or 1
     std::string text;    // Text; for Other the Lua type name ("function", ...)
-    std::vector<std::pair<Value, Value>> entries; // Table: key, value
+    std::vector<Entry> entries; // Table
 
     // The value of a text key in a table, or nullptr.
     const Value *field(std::string_view key) const;
 };
+
+struct Value::Entry
+{
+    Value key;
+    Value value;
+};
+
+// Equal kinds and equal contents; NaN equals NaN, so that a run compares equal to itself.
+bool operator==(const Value &a, const Value &b);
+// The order tables keep their entries in: number keys by number, then the others by kind and text.
+bool entryBefore(const Value::Entry &a, const Value::Entry &b);
 
 // A call of a global name, such as setAngles(NewWeaponType,10,-90,90,-5,60).
 struct Call

@@ -234,7 +234,7 @@ std::size_t differences(const GameView::Value &a, const GameView::Value &b)
         return 100;
     std::size_t count = a.number != b.number || a.text != b.text;
     for (std::size_t i = 0; i < a.entries.size(); ++i)
-        count += differences(a.entries[i].first, b.entries[i].first) * 100 + differences(a.entries[i].second, b.entries[i].second);
+        count += differences(a.entries[i].key, b.entries[i].key) * 100 + differences(a.entries[i].value, b.entries[i].value);
     return count;
 }
 
