@@ -9,6 +9,7 @@ const char *const kUsage =
     "                                                           would change; change nothing\n"
     "  vantorel-cli --help | --version\n"
     "\n"
+    "--split-hard-links lets --in-place rewrite a script that has other hard links; they keep the old text.\n"
     "A FILE may be a folder: every .wepn file below it, sorted by path. The data directory is DIR,\n"
     "else the editor's stored setting, else its default; its Scripts/familylist.lua gives the families.\n"
     "Normalised means the bytes the editor writes when the script is opened and saved unchanged.\n"
@@ -51,6 +52,8 @@ CommandLine ParseCommandLine(const std::vector<std::string> &arguments)
             return line;
         } else if (argument == "--in-place" && line.command == CommandLine::Command::Normalize) {
             line.inPlace = true;
+        } else if (argument == "--split-hard-links" && line.command == CommandLine::Command::Normalize) {
+            line.splitHardLinks = true;
         } else if (argument == "--data-dir") {
             if (i + 1 == arguments.size())
                 return fail("--data-dir needs a directory");

@@ -12,6 +12,7 @@ struct CommandLine
 
     Command command = Command::Help;
     bool inPlace = false;
+    bool splitHardLinks = false; // with --in-place: rewrite a script that has other hard links
     std::optional<std::string> dataDir;
     std::vector<std::string> files;
     // Set when the arguments are no valid command line; the program then exits with status 2.

@@ -15,13 +15,17 @@
 #include "TextPieces.h"
 
 #include <algorithm>
+#include <atomic>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
-#include <future>
 #include <optional>
 #include <string>
 #include <system_error>
+#include <thread>
 #include <vector>
+
+#include <sys/resource.h>
 
 namespace {
 
@@ -42,10 +46,31 @@ void failure(const std::string &message)
 
 std::string location(const std::string &file, int line)
 {
-    return file + ':' + std::to_string(line) + ": ";
+    return AtomicFile::shown(file) + ':' + std::to_string(line) + ": ";
 }
 
-// Folders are replaced by the .wepn files below them, in any letter case, sorted by path.
+// Adds every .wepn file below the folder, in any letter case; symlinks to folders are not
+// followed. A folder that cannot be listed is named and skipped, and the rest is still listed.
+bool listFolder(const std::filesystem::path &folder, std::vector<std::string> &found)
+{
+    bool ok = true;
+    std::error_code error;
+    std::filesystem::directory_iterator it(folder, error), end;
+    for (; !error && it != end; it.increment(error)) {
+        std::error_code typeError;
+        if (!it->is_symlink(typeError) && it->is_directory(typeError))
+            ok = listFolder(it->path(), found) && ok;
+        else if (TextPieces::toLower(it->path().extension().string()) == ".wepn")
+            found.push_back(it->path().string());
+    }
+    if (error) {
+        failure(AtomicFile::shown(folder.string()) + ": cannot list the folder: " + error.message());
+        ok = false;
+    }
+    return ok;
+}
+
+// Folders are replaced by the .wepn files below them, sorted by path.
 bool expandFolders(const std::vector<std::string> &arguments, std::vector<std::string> &scripts)
 {
     bool ok = true;
@@ -56,17 +81,7 @@ bool expandFolders(const std::vector<std::string> &arguments, std::vector<std::s
             continue;
         }
         std::vector<std::string> found;
-        std::filesystem::recursive_directory_iterator it(argument, error), end;
-        for (; !error && it != end; it.increment(error)) {
-            std::error_code typeError;
-            if (it->is_regular_file(typeError)
-                && TextPieces::toLower(it->path().extension().string()) == ".wepn")
-                found.push_back(it->path().string());
-        }
-        if (error) {
-            failure(argument + ": cannot list the folder: " + error.message());
-            ok = false;
-        }
+        ok = listFolder(argument, found) && ok;
         std::sort(found.begin(), found.end());
         scripts.insert(scripts.end(), found.begin(), found.end());
     }
@@ -105,9 +120,9 @@ bool loadFamilies(const std::string &dataDir, FamilyList &families)
 // Open then Save As without a change, in a fresh document as after the editor's start. Gives
 // the reason, in the FILE:LINE: form, when the script cannot be read or opened.
 std::optional<std::string> normalise(const std::string &path, const FamilyList &families, std::string &bytes,
-                                     std::string &text)
+                                     std::string &text, AtomicFile::Seen &seen)
 {
-    if (const auto error = AtomicFile::read(path, bytes))
+    if (const auto error = AtomicFile::read(path, bytes, seen))
         return location(path, 0) + "error: " + *error;
     EditorDocument document;
     document.setFamilies(families.armourFamilies, families.attackFamilies);
@@ -121,7 +136,8 @@ std::optional<std::string> normalise(const std::string &path, const FamilyList &
 int normaliseToOutput(const std::string &path, const FamilyList &families)
 {
     std::string bytes, text;
-    if (const auto error = normalise(path, families, bytes, text)) {
+    AtomicFile::Seen seen;
+    if (const auto error = normalise(path, families, bytes, text, seen)) {
         failure(*error);
         return kExitFailure;
     }
@@ -132,59 +148,79 @@ int normaliseToOutput(const std::string &path, const FamilyList &families)
     return 0;
 }
 
-// Scripts are saved a batch at a time, with one disk sync per batch; the files a batch replaces
-// are rewritten for the next one. A batch's commit, which mostly waits on the disk, runs while the
-// next batch is read and normalised.
-int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &families)
+std::atomic<int> stopSignal{0};
+static_assert(std::atomic<int>::is_always_lock_free);
+
+extern "C" void onStopSignal(int number) { stopSignal = number; }
+
+// Two threads take the scripts a slice at a time; each saves its slice as one batch. On SIGINT or
+// SIGTERM no new slice is started, the slices in hand are finished, and the run ends with a
+// message, by the same signal.
+int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &families, bool splitHardLinks)
 {
-    constexpr std::size_t kBatch = 256;
-    AtomicFile::Batch saver;
-    std::future<std::vector<std::optional<std::string>>> committing;
-    std::vector<std::optional<std::string>> errors;
-    std::vector<std::size_t> staged; // indexes into errors
-    std::size_t base = 0;            // the script of errors[0]
-    int status = 0;
-    const auto report = [&] {
-        if (committing.valid()) {
-            const auto saveErrors = committing.get();
+    struct sigaction action {};
+    action.sa_handler = onStopSignal;
+    action.sa_flags = SA_RESTART;
+    sigemptyset(&action.sa_mask);
+    ::sigaction(SIGINT, &action, nullptr);
+    ::sigaction(SIGTERM, &action, nullptr);
+
+    // A slice's new files stay open until they replace their scripts: leave room under the limit.
+    struct rlimit files {};
+    const std::size_t slice = ::getrlimit(RLIMIT_NOFILE, &files) == 0 && files.rlim_cur < 1024
+                                  ? std::max<std::size_t>(1, files.rlim_cur / 4)
+                                  : 256;
+    std::vector<std::optional<std::string>> errors(scripts.size());
+    std::atomic<std::size_t> next{0}, done{0};
+    const auto work = [&] {
+        AtomicFile::Batch batch;
+        std::string bytes, text;
+        AtomicFile::Seen seen;
+        std::vector<std::size_t> staged;
+        for (std::size_t first; stopSignal == 0 && (first = next.fetch_add(slice)) < scripts.size();) {
+            const std::size_t last = std::min(first + slice, scripts.size());
+            staged.clear();
+            for (std::size_t i = first; i < last; ++i) {
+                const std::string &path = scripts[i];
+                if ((errors[i] = normalise(path, families, bytes, text, seen)))
+                    continue;
+                // A script already in normalised form keeps its file and its modification time.
+                if (text == bytes)
+                    continue;
+                if (seen.links > 1 && !splitHardLinks)
+                    errors[i] = location(path, 0) + "error: Cannot save " + AtomicFile::quoted(path) + ": it has "
+                                + std::to_string(seen.links)
+                                + " hard links, which a rewrite would split (--split-hard-links allows it)";
+                else if (const auto error = batch.stage(path, seen, text))
+                    errors[i] = location(path, 0) + "error: " + *error;
+                else
+                    staged.push_back(i);
+            }
+            const auto saveErrors = batch.commit();
             for (std::size_t k = 0; k < staged.size(); ++k)
                 if (saveErrors[k])
-                    errors[staged[k]] = location(scripts[base + staged[k]], 0) + "error: " + *saveErrors[k];
-        }
-        for (const auto &error : errors) {
-            if (error) {
-                failure(*error);
-                status = kExitFailure;
-            }
+                    errors[staged[k]] = location(scripts[staged[k]], 0) + "error: " + *saveErrors[k];
+            done += last - first;
         }
     };
+    std::thread helper(work);
+    work();
+    helper.join();
 
-    std::string bytes, text;
-    for (std::size_t first = 0; first < scripts.size(); first += kBatch) {
-        const std::size_t count = std::min(kBatch, scripts.size() - first);
-        std::vector<std::optional<std::string>> batchErrors(count);
-        std::vector<std::pair<std::size_t, std::string>> texts;
-        for (std::size_t i = 0; i < count; ++i) {
-            batchErrors[i] = normalise(scripts[first + i], families, bytes, text);
-            // A script already in normalised form keeps its file and its modification time.
-            if (!batchErrors[i] && text != bytes)
-                texts.emplace_back(i, std::move(text));
+    int status = 0;
+    for (const auto &error : errors) {
+        if (error) {
+            failure(*error);
+            status = kExitFailure;
         }
-
-        report();
-        errors = std::move(batchErrors);
-        base = first;
-        staged.clear();
-        for (const auto &[i, normalised] : texts) {
-            const std::string &path = scripts[first + i];
-            if (const auto error = saver.stage(path, normalised))
-                errors[i] = location(path, 0) + "error: " + *error;
-            else
-                staged.push_back(i);
-        }
-        committing = std::async(std::launch::async, [&saver] { return saver.commit(); });
     }
-    report();
+    if (const int number = stopSignal) {
+        failure(std::string("vantorel-cli: stopped by ") + (number == SIGINT ? "SIGINT" : "SIGTERM") + " after "
+                + std::to_string(done) + " of " + std::to_string(scripts.size())
+                + " scripts; the others were not looked at");
+        ::signal(number, SIG_DFL);
+        ::raise(number);
+    }
     return status;
 }
 
@@ -206,7 +242,7 @@ int check(const std::vector<std::string> &scripts, const FamilyList &families)
         }
         std::fwrite(report.data(), 1, report.size(), stdout);
         if (!readable) {
-            failure("vantorel-cli: " + path + ": the editor cannot open this script");
+            failure("vantorel-cli: " + AtomicFile::shown(path) + ": the editor cannot open this script");
             status = kExitFailure;
         }
     }
@@ -221,6 +257,8 @@ int check(const std::vector<std::string> &scripts, const FamilyList &families)
 
 int main(int argc, char **argv)
 {
+    // A file size limit then fails the write with a message instead of ending the program.
+    ::signal(SIGXFSZ, SIG_IGN);
     const CommandLine commandLine = ParseCommandLine(std::vector<std::string>(argv + 1, argv + argc));
     if (!commandLine.usageError.empty()) {
         failure("vantorel-cli: " + commandLine.usageError + " (see vantorel-cli --help)");
@@ -255,7 +293,7 @@ int main(int argc, char **argv)
     if (toOutput)
         status = normaliseToOutput(scripts.front(), families);
     else if (commandLine.inPlace)
-        status = normaliseInPlace(scripts, families);
+        status = normaliseInPlace(scripts, families, commandLine.splitHardLinks);
     else
         status = check(scripts, families);
     return listed ? status : kExitFailure;
