@@ -60,12 +60,18 @@ std::string temporaryName(const std::string &folder)
            + NumberText::intText(static_cast<long long>(counter++)) + std::string(kTemporarySuffix);
 }
 
-mode_t processUmask()
+// The process's umask, read without setting it (another thread may be creating a file meanwhile),
+// or nothing where the system does not show it.
+std::optional<mode_t> processUmask()
 {
-    static const mode_t mask = [] {
-        const mode_t current = ::umask(022);
-        ::umask(current);
-        return current;
+    static const std::optional<mode_t> mask = []() -> std::optional<mode_t> {
+        std::string status;
+        if (AtomicFile::read("/proc/self/status", status))
+            return std::nullopt;
+        const std::size_t at = status.find("\nUmask:\t");
+        if (at == std::string::npos)
+            return std::nullopt;
+        return static_cast<mode_t>(std::strtoul(status.c_str() + at + 8, nullptr, 8));
     }();
     return mask;
 }
@@ -386,7 +392,8 @@ std::optional<std::string> Batch::stage(const std::string &path, const Seen &see
     // The owner first: changing it clears the set-user-ID and set-group-ID bits.
     else if (seen.exists && (step("owner"), ::fchown(staged.fd, seen.owner, seen.group) != 0))
         failed = "keeping the owner and group";
-    else if (seen.exists && ((mode & processUmask()) != 0 || (mode & 07000) != 0) && ::fchmod(staged.fd, mode) != 0)
+    else if (seen.exists && (!processUmask() || (mode & *processUmask()) != 0 || (mode & 07000) != 0)
+             && ::fchmod(staged.fd, mode) != 0)
         failed = "keeping the permissions";
     if (failed) {
         const int error = errno;
