@@ -26,6 +26,7 @@
 #include <vector>
 
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace {
 
@@ -120,9 +121,9 @@ bool loadFamilies(const std::string &dataDir, FamilyList &families)
 // Open then Save As without a change, in a fresh document as after the editor's start. Gives
 // the reason, in the FILE:LINE: form, when the script cannot be read or opened.
 std::optional<std::string> normalise(const std::string &path, const FamilyList &families, std::string &bytes,
-                                     std::string &text, AtomicFile::Seen &seen)
+                                     std::string &text, AtomicFile::Seen &seen, bool keep = false)
 {
-    if (const auto error = AtomicFile::read(path, bytes, seen))
+    if (const auto error = AtomicFile::read(path, bytes, seen, keep))
         return location(path, 0) + "error: " + *error;
     EditorDocument document;
     document.setFamilies(families.armourFamilies, families.attackFamilies);
@@ -165,11 +166,17 @@ int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &
     ::sigaction(SIGINT, &action, nullptr);
     ::sigaction(SIGTERM, &action, nullptr);
 
-    // A slice's new files stay open until they replace their scripts: leave room under the limit.
+    // A slice's new files stay open until they replace their scripts, and its old files until
+    // they are closed on a thread of their own after the next slice: room for three slices a
+    // thread under the limit of open files, raised when the system allows it.
     struct rlimit files {};
-    const std::size_t slice = ::getrlimit(RLIMIT_NOFILE, &files) == 0 && files.rlim_cur < 1024
-                                  ? std::max<std::size_t>(1, files.rlim_cur / 4)
-                                  : 256;
+    ::getrlimit(RLIMIT_NOFILE, &files);
+    if (files.rlim_cur < 4096 && files.rlim_max > files.rlim_cur) {
+        files.rlim_cur = std::min<rlim_t>(files.rlim_max, 4096);
+        ::setrlimit(RLIMIT_NOFILE, &files);
+        ::getrlimit(RLIMIT_NOFILE, &files);
+    }
+    const std::size_t slice = std::clamp<std::size_t>(files.rlim_cur > 64 ? (files.rlim_cur - 32) / 8 : 1, 1, 256);
     std::vector<std::optional<std::string>> errors(scripts.size());
     std::atomic<std::size_t> next{0}, done{0};
     const auto work = [&] {
@@ -177,13 +184,16 @@ int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &
         std::string bytes, text;
         AtomicFile::Seen seen;
         std::vector<std::size_t> staged;
+        std::vector<int> handles;
+        std::thread closer;
         for (std::size_t first; stopSignal == 0 && (first = next.fetch_add(slice)) < scripts.size();) {
             const std::size_t last = std::min(first + slice, scripts.size());
             staged.clear();
             for (std::size_t i = first; i < last; ++i) {
                 const std::string &path = scripts[i];
-                if ((errors[i] = normalise(path, families, bytes, text, seen)))
+                if ((errors[i] = normalise(path, families, bytes, text, seen, true)))
                     continue;
+                handles.push_back(seen.handle);
                 // A script already in normalised form keeps its file and its modification time.
                 if (text == bytes)
                     continue;
@@ -201,7 +211,18 @@ int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &
                 if (saveErrors[k])
                     errors[staged[k]] = location(scripts[staged[k]], 0) + "error: " + *saveErrors[k];
             done += last - first;
+            // Freeing a replaced file's storage (closing its last handle) can take longer than
+            // writing the new file: it happens meanwhile, on a thread of its own.
+            if (closer.joinable())
+                closer.join();
+            closer = std::thread([old = std::move(handles)] {
+                for (const int handle : old)
+                    ::close(handle);
+            });
+            handles.clear();
         }
+        if (closer.joinable())
+            closer.join();
     };
     std::thread helper(work);
     work();

@@ -265,8 +265,9 @@ std::optional<std::string> read(const std::string &path, std::string &bytes)
     return read(path, bytes, seen);
 }
 
-std::optional<std::string> read(const std::string &path, std::string &bytes, Seen &seen)
+std::optional<std::string> read(const std::string &path, std::string &bytes, Seen &seen, bool keep)
 {
+    seen.handle = -1;
     const auto failure = [&](std::string reason) {
         bytes.clear();
         return "Cannot read " + quoted(path) + ": " + reason;
@@ -325,7 +326,10 @@ std::optional<std::string> read(const std::string &path, std::string &bytes, See
         if (length < bytes.size() && length == static_cast<std::size_t>(info.st_size))
             break;
     }
-    ::close(fd);
+    if (keep)
+        seen.handle = fd;
+    else
+        ::close(fd);
     bytes.resize(length);
     return std::nullopt;
 }

@@ -33,12 +33,16 @@ struct Seen
     unsigned long long device = 0, inode = 0, links = 0;
     long long size = 0, modifiedSeconds = 0, modifiedNanoseconds = 0, changedSeconds = 0, changedNanoseconds = 0;
     unsigned mode = 0, owner = 0, group = 0;
+    int handle = -1; // the file, still open, when the read was asked to keep it
 };
 
 // The file's bytes, or the reason it cannot be read: it is not a regular file (a FIFO, a device,
 // a folder) or it is larger than kReadLimit.
 std::optional<std::string> read(const std::string &path, std::string &bytes);
-std::optional<std::string> read(const std::string &path, std::string &bytes, Seen &seen);
+// With `keep`, the file stays open in seen.handle for the caller to close (-1 after a failure):
+// closing the last handle of a replaced file frees it, which may take long, and need not happen
+// on the thread that replaces files.
+std::optional<std::string> read(const std::string &path, std::string &bytes, Seen &seen, bool keep = false);
 
 // Saves the bytes as the file at path, created when missing.
 std::optional<std::string> write(const std::string &path, std::string_view bytes);

@@ -88,20 +88,14 @@ TEST_F(AtomicFileTest, ReplacesTheWholeFileAndKeepsItsPermissions)
     EXPECT_EQ(contentOf(target), "");
 }
 
-TEST_F(AtomicFileTest, TargetThatIsAFolder)
+TEST_F(AtomicFileTest, TargetsThatCannotBeSaved)
 {
     fs::create_directory(folder / "Folder.wepn");
-    expectFailedSave(folder / "Folder.wepn", "x", "Is a directory");
-}
-
-TEST_F(AtomicFileTest, ParentFolderMissing)
-{
-    expectFailedSave(folder / "missing" / "Weapon.wepn", "x", "No such file or directory");
-}
-
-TEST_F(AtomicFileTest, ParentThatIsAFile)
-{
-    expectFailedSave(target / "Weapon.wepn", "x", "Not a directory");
+    const std::pair<fs::path, const char *> rows[] = {{folder / "Folder.wepn", "Is a directory"},
+                                                      {folder / "missing" / "Weapon.wepn", "No such file or directory"},
+                                                      {target / "Weapon.wepn", "Not a directory"}};
+    for (const auto &[path, reason] : rows)
+        expectFailedSave(path, "x", reason);
 }
 
 TEST_F(AtomicFileTest, ImmutableTarget)
