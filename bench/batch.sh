@@ -6,7 +6,9 @@
 #   bench/batch.sh [N] [path/to/vantorel-cli]
 #
 # N defaults to 10000; the program defaults to build/cli/vantorel-cli. The scripts are generated
-# in a temporary folder (under $TMPDIR) that is removed afterwards.
+# in a temporary folder (under $TMPDIR) that is removed afterwards. The program gets the folder, so
+# all scripts are rewritten in one run. With WRITER=1, another process keeps writing a large file
+# on the same disk during both timings, as a build or a download would.
 set -euo pipefail
 
 count=${1:-10000}
@@ -96,21 +98,30 @@ awk -v n="$count" -v dir="$data/Weapon" 'BEGIN {
 # Warm the page cache so that both timings read from memory.
 find "$data/Weapon" -name '*.wepn' -print0 | xargs -0 cat > /dev/null
 
+writer=
+if [ "${WRITER:-0}" = 1 ]; then
+    writer=$work/writing
+    touch "$writer"
+    ( while [ -e "$writer" ]; do dd if=/dev/zero of="$work/written" bs=1M count=64 2>/dev/null; done ) &
+    trap 'rm -f "$writer"; wait; rm -rf "$work"' EXIT
+    sleep 1
+fi
+
 now() { date +%s.%N; }
 start=$(now)
 find "$data/Weapon" -name '*.wepn' -print0 | xargs -0 cat > /dev/null
 catSeconds=$(awk -v a="$start" -v b="$(now)" 'BEGIN { printf "%.3f", b - a }')
 
 start=$(now)
-find "$data/Weapon" -name '*.wepn' -print0 | xargs -0 "$cli" normalize --in-place --data-dir "$data"
+"$cli" normalize --in-place --data-dir "$data" "$data/Weapon"
 cliSeconds=$(awk -v a="$start" -v b="$(now)" 'BEGIN { printf "%.3f", b - a }')
 
 # Every file must now be normalised: a second run changes nothing.
 start=$(now)
-find "$data/Weapon" -name '*.wepn' -print0 | xargs -0 "$cli" normalize --in-place --data-dir "$data"
+"$cli" normalize --in-place --data-dir "$data" "$data/Weapon"
 againSeconds=$(awk -v a="$start" -v b="$(now)" 'BEGIN { printf "%.3f", b - a }')
 
-echo "scripts:                          $count"
+echo "scripts:                          $count${writer:+ (with a concurrent writer)}"
 echo "cat > /dev/null:                  ${catSeconds} s"
 echo "vantorel-cli normalize --in-place: ${cliSeconds} s"
 echo "ratio:                            $(awk -v a="$cliSeconds" -v b="$catSeconds" 'BEGIN { printf "%.2f", a / b }')"

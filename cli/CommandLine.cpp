@@ -7,7 +7,7 @@
 const char *const kUsage =
     "Usage:\n"
     "  vantorel-cli normalize [--data-dir DIR] FILE\n"
-    "  vantorel-cli normalize --in-place [--data-dir DIR] FILE...\n"
+    "  vantorel-cli normalize --in-place [--split-hard-links] [--data-dir DIR] FILE...\n"
     "  vantorel-cli check [--strict] [--data-dir DIR] FILE...\n"
     "  vantorel-cli --help | --version\n"
     "\n"
@@ -21,6 +21,8 @@ const char *const kUsage =
     "  --data-dir DIR        the game's data directory; else the editor's stored\n"
     "                        setting, else its default\n"
     "  --in-place            normalize: rewrite the FILEs instead of printing\n"
+    "  --split-hard-links    --in-place: also rewrite a script with other hard links\n"
+    "                        (they keep the old text)\n"
     "  --strict              check: fail (exit 1) on any warning\n"
     "  --read=game           read each script as the game does and keep its text:\n"
     "                        normalize writes the input's own bytes, check reports\n"
@@ -81,6 +83,8 @@ CommandLine ParseCommandLine(const std::vector<std::string> &arguments)
             line.strict = true;
         } else if (argument == "--read=editor" || argument == "--read=game") {
             line.reading = argument == "--read=game" ? CommandLine::Reading::Game : CommandLine::Reading::Editor;
+        } else if (argument == "--split-hard-links" && line.command == CommandLine::Command::Normalize) {
+            line.splitHardLinks = true;
         } else if (argument == "--data-dir") {
             if (i + 1 == arguments.size())
                 return fail("--data-dir needs a directory");

@@ -20,6 +20,8 @@ struct CommandLine
     // (saved in their own text). --read=editor or --read=game.
     enum class Reading { Editor, Game };
     Reading reading = Reading::Editor;
+    // --in-place: rewrite a script that has other hard links as well.
+    bool splitHardLinks = false;
     std::optional<std::string> dataDir;
     // "-" stands for standard input (check and normalize to standard output).
     std::vector<std::string> files;

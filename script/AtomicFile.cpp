@@ -5,25 +5,42 @@
 
 #include <atomic>
 #include <cerrno>
-#include <cstdio>
+#include <cstdlib>
+#include <map>
 #include <system_error>
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#if defined(__linux__) && !defined(RENAME_EXCHANGE)
+#if defined(__linux__) && !defined(RENAME_NOREPLACE)
 #include <sys/syscall.h>
 #endif
 
 namespace AtomicFile {
 
+void (*stepHook)(std::string_view step) = nullptr;
+
 namespace {
+
+// A new file gets a name only when it is complete and synced, just before it replaces its target,
+// and it is locked while it has that name. A file with such a name that nobody holds locked was
+// left by a process killed between the two steps: a later save in the folder removes it.
+constexpr std::string_view kTemporaryPrefix = ".vantorel-";
+constexpr std::string_view kTemporarySuffix = ".tmp";
+
+void step(std::string_view name)
+{
+    if (stepHook)
+        stepHook(name);
+}
 
 std::string systemReason(int error) { return std::system_category().message(error); }
 
-std::string cannotSave(const std::string &path, std::string_view step, int error)
+std::string cannotSave(const std::string &path, std::string_view what, int error)
 {
-    return "Cannot save '" + path + "' (" + std::string(step) + "): " + systemReason(error);
+    return "Cannot save " + quoted(path) + " (" + std::string(what) + "): " + systemReason(error);
 }
 
 std::string folderOf(const std::string &path)
@@ -34,51 +51,58 @@ std::string folderOf(const std::string &path)
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-std::string fileNameOf(const std::string &path)
+// Short whatever the target's name, so that it stays within the 255 bytes a name may have.
+std::string temporaryName(const std::string &folder)
 {
-    const std::size_t slash = path.rfind('/');
-    return slash == std::string::npos ? path : path.substr(slash + 1);
+    static const long long pid = ::getpid();
+    static std::atomic<unsigned long long> counter{0};
+    return folder + '/' + std::string(kTemporaryPrefix) + NumberText::intText(pid) + '-'
+           + NumberText::intText(static_cast<long long>(counter++)) + std::string(kTemporarySuffix);
 }
 
-std::string temporaryName(const std::string &path)
+// The process's umask, read without setting it (another thread may be creating a file meanwhile),
+// or nothing where the system does not show it.
+std::optional<mode_t> processUmask()
 {
-    static std::atomic<unsigned> counter{0};
-    return folderOf(path) + "/." + fileNameOf(path) + ".save-" + NumberText::intText(::getpid()) + "-"
-           + NumberText::intText(counter++);
+    static const std::optional<mode_t> mask = []() -> std::optional<mode_t> {
+        std::string status;
+        if (AtomicFile::read("/proc/self/status", status))
+            return std::nullopt;
+        const std::size_t at = status.find("\nUmask:\t");
+        if (at == std::string::npos)
+            return std::nullopt;
+        return static_cast<mode_t>(std::strtoul(status.c_str() + at + 8, nullptr, 8));
+    }();
+    return mask;
 }
 
-// The kernel's renameat2 flags, for a C library without the wrapper.
-constexpr unsigned kNoReplace = 1u << 0;
-constexpr unsigned kExchange = 1u << 1;
-
-// Gives 0 or the error; EINVAL where the flags are not supported.
-int renameWith(const std::string &from, const std::string &to, unsigned flags)
+void remember(const struct stat &info, const std::string &target, Seen &seen)
 {
-#if defined(__linux__) && defined(RENAME_EXCHANGE)
-    const int result = ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), flags);
-#elif defined(__linux__) && defined(SYS_renameat2)
-    const long result = ::syscall(SYS_renameat2, AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), flags);
-#else
-    (void)from, (void)to, (void)flags;
-    errno = EINVAL;
-    const int result = -1;
-#endif
-    return result == 0 ? 0 : errno;
+    seen.exists = true;
+    seen.target = target;
+    seen.device = info.st_dev;
+    seen.inode = info.st_ino;
+    seen.links = info.st_nlink;
+    seen.size = info.st_size;
+    seen.modifiedSeconds = info.st_mtim.tv_sec;
+    seen.modifiedNanoseconds = info.st_mtim.tv_nsec;
+    seen.changedSeconds = info.st_ctim.tv_sec;
+    seen.changedNanoseconds = info.st_ctim.tv_nsec;
+    seen.mode = info.st_mode;
+    seen.owner = info.st_uid;
+    seen.group = info.st_gid;
 }
 
-bool unsupported(int error) { return error == EINVAL || error == ENOSYS; }
-
-// O_EXCL with a name of our own rather than mkstemp: mkstemp creates the file 0600, while a new
-// script should get the usual 0666 less the umask.
-int createTemporary(const std::string &path, std::string &temporary)
+// Whether the path still names the file that was read, unchanged: the same file system and
+// inode, the same size and the same modification and change times.
+bool unchanged(const Seen &seen)
 {
-    for (int attempt = 0; attempt < 100; ++attempt) {
-        temporary = temporaryName(path);
-        const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (fd >= 0 || errno != EEXIST)
-            return fd;
-    }
-    return -1;
+    struct stat now {};
+    if (::lstat(seen.target.c_str(), &now) != 0)
+        return !seen.exists && errno == ENOENT;
+    return seen.exists && now.st_dev == seen.device && now.st_ino == seen.inode && now.st_size == seen.size
+           && now.st_mtim.tv_sec == seen.modifiedSeconds && now.st_mtim.tv_nsec == seen.modifiedNanoseconds
+           && now.st_ctim.tv_sec == seen.changedSeconds && now.st_ctim.tv_nsec == seen.changedNanoseconds;
 }
 
 bool writeAll(int fd, std::string_view bytes)
@@ -95,197 +119,198 @@ bool writeAll(int fd, std::string_view bytes)
     return true;
 }
 
-// Syncs the folder so that the renames in it are durable. A folder that cannot be synced (some
-// file systems refuse) still holds the complete new files.
-bool syncFolder(const std::string &folder)
+// Gives 0 or the error.
+int renameFile(const std::string &from, const std::string &to, bool noReplace)
 {
-    const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd < 0)
-        return false;
-    const bool synced = ::fsync(fd) == 0;
-    ::close(fd);
-    return synced;
+#if defined(__linux__)
+    if (noReplace) {
+#if defined(RENAME_NOREPLACE)
+        const int result = ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE);
+#else
+        const long result = ::syscall(SYS_renameat2, AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), 1u);
+#endif
+        if (result == 0 || (errno != EINVAL && errno != ENOSYS))
+            return result == 0 ? 0 : errno;
+    }
+#endif
+    return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
 }
 
-// Flushes one file, or with `all` the whole file system it is on. Gives 0 or the error.
-int syncFile(const std::string &file, bool all)
+// A file without a name in the folder, or -1 with errno set where the system cannot make one.
+int createUnnamed(const std::string &folder, mode_t mode)
 {
-    const int fd = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
+#ifdef O_TMPFILE
+    return ::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, mode);
+#else
+    (void)folder, (void)mode;
+    errno = EOPNOTSUPP;
+    return -1;
+#endif
+}
+
+// A new file with a temporary name, locked, or -1 with errno set. Until it is locked, another
+// process may take it for a stale one and remove it: then it is made again under another name.
+int createNamed(const std::string &folder, mode_t mode, std::string &temporary)
+{
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        temporary = temporaryName(folder);
+        const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+        if (fd < 0 && errno != EEXIST)
+            return -1;
+        struct stat held {}, named {};
+        if (fd >= 0 && ::flock(fd, LOCK_EX) == 0 && ::fstat(fd, &held) == 0
+            && ::lstat(temporary.c_str(), &named) == 0 && held.st_ino == named.st_ino && held.st_dev == named.st_dev)
+            return fd;
+        if (fd >= 0)
+            ::close(fd);
+    }
+    errno = EEXIST;
+    return -1;
+}
+
+bool noUnnamedFiles(int error) { return error == EOPNOTSUPP || error == EISDIR || error == EINVAL; }
+
+// Gives the unnamed file a temporary name beside its target. Gives 0 or the error.
+int linkUnnamed(int fd, const std::string &folder, std::string &temporary)
+{
+    // Only a privileged process may link a file by its descriptor; others go through /proc, which
+    // costs a path lookup.
+    static std::atomic<bool> byDescriptor{true};
+    const std::string byProc = "/proc/self/fd/" + NumberText::intText(fd);
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        temporary = temporaryName(folder);
+        if (byDescriptor && ::linkat(fd, "", AT_FDCWD, temporary.c_str(), AT_EMPTY_PATH) == 0)
+            return 0;
+        if (byDescriptor && errno == ENOENT)
+            byDescriptor = false;
+        if (!byDescriptor && ::linkat(AT_FDCWD, byProc.c_str(), AT_FDCWD, temporary.c_str(), AT_SYMLINK_FOLLOW) == 0)
+            return 0;
+        if (errno != EEXIST)
+            return errno;
+    }
+    return EEXIST;
+}
+
+void removeStaleTemporaries(const std::string &folder)
+{
+    DIR *listing = ::opendir(folder.c_str());
+    if (!listing)
+        return;
+    const int folderFd = ::dirfd(listing);
+    while (const dirent *entry = ::readdir(listing)) {
+        const std::string_view name = entry->d_name;
+        if (!name.starts_with(kTemporaryPrefix) || !name.ends_with(kTemporarySuffix))
+            continue;
+        const int fd = ::openat(folderFd, entry->d_name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+        if (fd < 0)
+            continue;
+        struct stat held {}, named {};
+        if (::fstat(fd, &held) == 0 && S_ISREG(held.st_mode) && ::flock(fd, LOCK_EX | LOCK_NB) == 0
+            && ::fstatat(folderFd, entry->d_name, &named, AT_SYMLINK_NOFOLLOW) == 0 && named.st_ino == held.st_ino
+            && named.st_dev == held.st_dev)
+            ::unlinkat(folderFd, entry->d_name, 0);
+        ::close(fd);
+    }
+    ::closedir(listing);
+}
+
+// Syncs a folder so that the replacements in it are durable. Gives 0 or the error; a file system
+// that cannot sync folders counts as synced.
+int syncFolder(const std::string &folder)
+{
+    step("sync folder");
+    const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0)
         return errno;
-#ifdef __linux__
-    const int result = all ? ::syncfs(fd) : ::fsync(fd);
-#else
-    const int result = ::fsync(fd);
-#endif
-    const int error = result == 0 ? 0 : errno;
+    const int error = ::fsync(fd) == 0 || errno == EINVAL || errno == EROFS ? 0 : errno;
     ::close(fd);
     return error;
 }
 
 } // namespace
 
-std::optional<std::string> write(const std::string &path, std::string_view bytes)
+std::string quoted(std::string_view path)
 {
-    Batch batch;
-    if (std::optional<std::string> problem = batch.stage(path, bytes))
-        return problem;
-    return batch.commit().front();
-}
-
-Batch::~Batch()
-{
-    for (const Staged &staged : staged_)
-        ::unlink(staged.temporary.c_str());
-    for (const auto &[device, spares] : spares_)
-        for (const std::string &spare : spares)
-            ::unlink(spare.c_str());
-}
-
-// A spare of the file system, moved to a fresh name beside path and open for writing; or -1 when
-// there is none.
-int Batch::takeSpare(unsigned long long device, const std::string &path, std::string &temporary)
-{
-    const auto found = spares_.find(device);
-    if (found == spares_.end())
-        return -1;
-    std::vector<std::string> &spares = found->second;
-    while (!spares.empty()) {
-        const std::string spare = std::move(spares.back());
-        spares.pop_back();
-        // Only a regular file that no other path links to may be rewritten (a replaced target's
-        // other hard links still show it), and only one owned as a new file of ours would be.
-        const int fd = ::open(spare.c_str(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC);
-        struct stat info {};
-        if (fd < 0 || ::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) || info.st_nlink != 1
-            || info.st_uid != ::geteuid() || info.st_gid != ::getegid()) {
-            if (fd >= 0)
-                ::close(fd);
-            ::unlink(spare.c_str());
-            continue;
-        }
-        int error = EEXIST;
-        for (int attempt = 0; attempt < 100 && error == EEXIST; ++attempt) {
-            temporary = temporaryName(path);
-            error = renameWith(spare, temporary, kNoReplace);
-        }
-        if (error) {
-            // Another mount of the same file system, say: the spare stays for other folders.
-            ::close(fd);
-            spares.push_back(spare);
-            return -1;
-        }
-        return fd;
-    }
-    return -1;
-}
-
-std::optional<std::string> Batch::stage(const std::string &path, std::string_view bytes)
-{
-    struct stat target {};
-    const bool targetExists = ::stat(path.c_str(), &target) == 0;
-    if (targetExists && S_ISDIR(target.st_mode))
-        return "Cannot save '" + path + "': " + systemReason(EISDIR);
-    const bool regular = targetExists && S_ISREG(target.st_mode);
-
-    std::string temporary;
-    int fd = regular ? takeSpare(target.st_dev, path, temporary) : -1;
-    if (fd < 0)
-        fd = createTemporary(path, temporary);
-    if (fd < 0)
-        return cannotSave(path, "no temporary file in '" + folderOf(path) + "'", errno);
-
-    const char *step = nullptr;
-    struct stat info {};
-    if (regular && ::fchmod(fd, target.st_mode & 07777) != 0)
-        step = "copying the permissions";
-    else if (!writeAll(fd, bytes))
-        step = "writing";
-    else if (::fstat(fd, &info) != 0)
-        step = "writing";
-    // A spare is overwritten and then cut to length rather than emptied first: emptying frees its
-    // blocks, and freeing them is what costs here.
-    else if (static_cast<unsigned long long>(info.st_size) > bytes.size()
-             && ::ftruncate(fd, static_cast<off_t>(bytes.size())) != 0)
-        step = "writing";
-    int error = errno;
-    if (::close(fd) != 0 && !step) {
-        step = "closing";
-        error = errno;
-    }
-    if (step) {
-        ::unlink(temporary.c_str());
-        return cannotSave(path, step, error);
-    }
-    staged_.push_back({path, std::move(temporary), info.st_dev, regular});
-    return std::nullopt;
-}
-
-std::vector<std::optional<std::string>> Batch::commit()
-{
-    const std::vector<Staged> batch = std::move(staged_);
-    staged_.clear();
-
-    // Every staged file is durable before any target is replaced, so that no replacement
-    // publishes content that could still be lost: one syncfs per file system, or an fsync of the
-    // file when it is the only one there.
-    std::map<unsigned long long, int> onDevice, syncError;
-    for (const Staged &staged : batch)
-        ++onDevice[staged.device];
-    for (const Staged &staged : batch)
-        if (!syncError.contains(staged.device))
-            syncError[staged.device] = syncFile(staged.temporary, onDevice[staged.device] > 1);
-
-    std::vector<std::optional<std::string>> failures(batch.size());
-    std::map<std::string, bool> folders; // synced
-    std::vector<const Staged *> swapped;
-    for (std::size_t i = 0; i < batch.size(); ++i) {
-        const Staged &staged = batch[i];
-        const char *step = "flushing";
-        int error = syncError.at(staged.device);
-        if (!error) {
-            // The exchange leaves the old file under the temporary name, to be a spare.
-            step = "replacing the file";
-            error = staged.regular ? renameWith(staged.temporary, staged.path, kExchange) : EINVAL;
-            if (!error)
-                swapped.push_back(&staged);
-            else if (unsupported(error) || error == ENOENT)
-                error = ::rename(staged.temporary.c_str(), staged.path.c_str()) == 0 ? 0 : errno;
-        }
-        if (error) {
-            ::unlink(staged.temporary.c_str());
-            failures[i] = cannotSave(staged.path, step, error);
-        } else {
-            folders[folderOf(staged.path)] = false;
-        }
-    }
-    for (auto &[folder, synced] : folders)
-        synced = syncFolder(folder);
-    // A spare is overwritten in place, so its exchange must be durable first: until then, after a
-    // crash, the target could still name the spare's inode.
-    for (const Staged *staged : swapped) {
-        if (folders.at(folderOf(staged->path)))
-            spares_[staged->device].push_back(staged->temporary);
+    static constexpr char kHex[] = "0123456789abcdef";
+    std::string text = "'";
+    for (const char c : path) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '\'' || c == '\\')
+            text += {'\\', c};
+        else if (c == '\n')
+            text += "\\n";
+        else if (c == '\t')
+            text += "\\t";
+        else if (c == '\r')
+            text += "\\r";
+        else if (byte < 0x20 || byte == 0x7f)
+            text += {'\\', 'x', kHex[byte >> 4], kHex[byte & 15]};
         else
-            ::unlink(staged->temporary.c_str());
+            text += c;
     }
-    return failures;
+    return text + "'";
+}
+
+std::string shown(std::string_view path)
+{
+    for (const char c : path)
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f)
+            return quoted(path);
+    return std::string(path);
 }
 
 std::optional<std::string> read(const std::string &path, std::string &bytes)
 {
-    const std::string failure = "Cannot read '" + path + "': ";
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0)
-        return failure + systemReason(errno);
+    Seen seen;
+    return read(path, bytes, seen);
+}
 
-    bytes.clear();
+std::optional<std::string> read(const std::string &path, std::string &bytes, Seen &seen, bool keep)
+{
+    seen.handle = -1;
+    const auto failure = [&](std::string reason) {
+        bytes.clear();
+        return "Cannot read " + quoted(path) + ": " + reason;
+    };
+    // Without O_NONBLOCK, opening a FIFO waits for a writer.
+    constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    std::string target = path;
+    int fd = ::open(path.c_str(), kFlags);
+    if (fd < 0 && errno == ELOOP) {
+        // A symlink: its target is the file that is read and replaced.
+        if (char *real = ::realpath(path.c_str(), nullptr)) {
+            target = real;
+            std::free(real);
+            fd = ::open(target.c_str(), kFlags);
+        }
+    }
+    if (fd < 0)
+        return failure(systemReason(errno));
+
     struct stat info {};
-    if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode))
-        bytes.reserve(static_cast<std::size_t>(info.st_size));
-    char buffer[65536];
+    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) || static_cast<std::size_t>(info.st_size) > kReadLimit) {
+        const int error = errno;
+        ::close(fd);
+        if (S_ISDIR(info.st_mode))
+            return failure(systemReason(EISDIR));
+        if (!S_ISREG(info.st_mode))
+            return failure(info.st_mode ? "not a regular file" : systemReason(error));
+        return failure("larger than 64 MiB, which no script is");
+    }
+    remember(info, target, seen);
+
+    // The size is a hint: a file may grow while it is read, and some report none.
+    std::size_t length = 0;
+    bytes.resize(static_cast<std::size_t>(info.st_size) + 1);
     for (;;) {
-        const ssize_t count = ::read(fd, buffer, sizeof buffer);
+        if (length == bytes.size()) {
+            if (length > kReadLimit) {
+                ::close(fd);
+                return failure("larger than 64 MiB, which no script is");
+            }
+            bytes.resize(std::min(std::max<std::size_t>(2 * length, 4096), kReadLimit + 1));
+        }
+        const ssize_t count = ::read(fd, bytes.data() + length, bytes.size() - length);
         if (count == 0)
             break;
         if (count < 0) {
@@ -293,13 +318,148 @@ std::optional<std::string> read(const std::string &path, std::string &bytes)
                 continue;
             const int error = errno;
             ::close(fd);
-            bytes.clear();
-            return failure + systemReason(error);
+            return failure(systemReason(error));
         }
-        bytes.append(buffer, static_cast<std::size_t>(count));
+        length += static_cast<std::size_t>(count);
+        // A regular file that gives less than was asked for is at its end. Should it grow, a
+        // replacement notices the new size and leaves it alone.
+        if (length < bytes.size() && length == static_cast<std::size_t>(info.st_size))
+            break;
     }
-    ::close(fd);
+    if (keep)
+        seen.handle = fd;
+    else
+        ::close(fd);
+    bytes.resize(length);
     return std::nullopt;
+}
+
+std::optional<std::string> write(const std::string &path, std::string_view bytes)
+{
+    Seen seen;
+    seen.target = path;
+    struct stat info {};
+    if (::lstat(path.c_str(), &info) == 0) {
+        if (S_ISLNK(info.st_mode)) {
+            char *real = ::realpath(path.c_str(), nullptr);
+            if (!real || ::stat(real, &info) != 0) {
+                const int error = errno;
+                std::free(real);
+                return cannotSave(path, "following the link", error);
+            }
+            seen.target = real;
+            std::free(real);
+        }
+        if (S_ISDIR(info.st_mode))
+            return "Cannot save " + quoted(path) + ": " + systemReason(EISDIR);
+        if (!S_ISREG(info.st_mode))
+            return "Cannot save " + quoted(path) + ": not a regular file";
+        remember(info, seen.target, seen);
+    } else if (errno != ENOENT) {
+        return cannotSave(path, "looking at the file", errno);
+    }
+    Batch batch;
+    if (std::optional<std::string> problem = batch.stage(path, seen, bytes))
+        return problem;
+    return batch.commit().front();
+}
+
+Batch::~Batch()
+{
+    for (const Staged &staged : staged_) {
+        if (!staged.temporary.empty())
+            ::unlink(staged.temporary.c_str());
+        ::close(staged.fd);
+    }
+}
+
+std::optional<std::string> Batch::stage(const std::string &path, const Seen &seen, std::string_view bytes)
+{
+    const std::string folder = folderOf(seen.target);
+    if (cleaned_.insert(folder).second)
+        removeStaleTemporaries(folder);
+
+    // A new script gets the usual permissions of a new file; a replacement those of its target.
+    const mode_t mode = seen.exists ? static_cast<mode_t>(seen.mode & 07777) : 0666;
+    Staged staged{path, seen, -1, {}};
+    step("create");
+    staged.fd = createUnnamed(folder, mode);
+    if (staged.fd < 0 && noUnnamedFiles(errno))
+        staged.fd = createNamed(folder, mode, staged.temporary);
+    if (staged.fd < 0)
+        return cannotSave(path, "no new file in " + quoted(folder), errno);
+
+    const char *failed = nullptr;
+    step("write");
+    if (!writeAll(staged.fd, bytes))
+        failed = "writing";
+    // The owner first: changing it clears the set-user-ID and set-group-ID bits.
+    else if (seen.exists && (step("owner"), ::fchown(staged.fd, seen.owner, seen.group) != 0))
+        failed = "keeping the owner and group";
+    else if (seen.exists && (!processUmask() || (mode & *processUmask()) != 0 || (mode & 07000) != 0)
+             && ::fchmod(staged.fd, mode) != 0)
+        failed = "keeping the permissions";
+    if (failed) {
+        const int error = errno;
+        if (!staged.temporary.empty())
+            ::unlink(staged.temporary.c_str());
+        ::close(staged.fd);
+        return cannotSave(path, failed, error);
+    }
+    staged_.push_back(std::move(staged));
+    return std::nullopt;
+}
+
+std::vector<std::optional<std::string>> Batch::commit()
+{
+    const std::vector<Staged> batch = std::move(staged_);
+    staged_.clear();
+    std::vector<std::optional<std::string>> failures(batch.size());
+    std::map<std::string, std::vector<std::size_t>> folders; // the files replaced in each
+
+    // Each new file is durable before any name shows it. The writes of the whole batch are started
+    // first, so that the disk takes them together and each file's sync mostly finds its data
+    // written. A sync of the whole file system (syncfs) would cost fewer calls but waits for every
+    // other program's unwritten data on the disk.
+    for (const Staged &staged : batch)
+        ::sync_file_range(staged.fd, 0, 0, SYNC_FILE_RANGE_WRITE);
+    std::vector<int> syncErrors(batch.size());
+    for (std::size_t i = 0; i < batch.size(); ++i) {
+        step("sync");
+        syncErrors[i] = ::fdatasync(batch[i].fd) == 0 ? 0 : errno;
+    }
+    for (std::size_t i = 0; i < batch.size(); ++i) {
+        const Staged &staged = batch[i];
+        const std::string folder = folderOf(staged.seen.target);
+        std::string temporary = staged.temporary;
+        const char *failed = nullptr;
+        int error = 0;
+        if (syncErrors[i] != 0) {
+            failed = "syncing";
+            error = syncErrors[i];
+        } else if (step("check"), !unchanged(staged.seen)) {
+            failures[i] = "Cannot save " + quoted(staged.path) + ": it changed after it was read, so it was left as it is";
+        } else if (temporary.empty() && (step("link"), ::flock(staged.fd, LOCK_EX) != 0
+                                         || (error = linkUnnamed(staged.fd, folder, temporary)) != 0)) {
+            failed = "naming the new file";
+            error = error ? error : errno;
+        } else if (step("replace"), (error = renameFile(temporary, staged.seen.target, !staged.seen.exists)) != 0) {
+            failed = "replacing the file";
+        } else {
+            folders[folder].push_back(i);
+            temporary.clear();
+        }
+        if (failed)
+            failures[i] = cannotSave(staged.path, failed, error);
+        if (!temporary.empty())
+            ::unlink(temporary.c_str());
+        ::close(staged.fd);
+    }
+    for (const auto &[folder, replaced] : folders)
+        if (const int error = syncFolder(folder))
+            for (const std::size_t i : replaced)
+                failures[i] = cannotSave(batch[i].path, "syncing the folder", error);
+    return failures;
 }
 
 } // namespace AtomicFile

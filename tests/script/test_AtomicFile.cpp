@@ -6,7 +6,10 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -85,20 +88,14 @@ TEST_F(AtomicFileTest, ReplacesTheWholeFileAndKeepsItsPermissions)
     EXPECT_EQ(contentOf(target), "");
 }
 
-TEST_F(AtomicFileTest, TargetThatIsAFolder)
+TEST_F(AtomicFileTest, TargetsThatCannotBeSaved)
 {
     fs::create_directory(folder / "Folder.wepn");
-    expectFailedSave(folder / "Folder.wepn", "x", "Is a directory");
-}
-
-TEST_F(AtomicFileTest, ParentFolderMissing)
-{
-    expectFailedSave(folder / "missing" / "Weapon.wepn", "x", "No such file or directory");
-}
-
-TEST_F(AtomicFileTest, ParentThatIsAFile)
-{
-    expectFailedSave(target / "Weapon.wepn", "x", "Not a directory");
+    const std::pair<fs::path, const char *> rows[] = {{folder / "Folder.wepn", "Is a directory"},
+                                                      {folder / "missing" / "Weapon.wepn", "No such file or directory"},
+                                                      {target / "Weapon.wepn", "Not a directory"}};
+    for (const auto &[path, reason] : rows)
+        expectFailedSave(path, "x", reason);
 }
 
 TEST_F(AtomicFileTest, ImmutableTarget)
@@ -127,41 +124,99 @@ TEST_F(AtomicFileTest, FullDisk)
     EXPECT_EQ(namesIn(disk), std::vector<std::string>{"Weapon.wepn"});
 }
 
-TEST_F(AtomicFileTest, BatchesRecycleOnlyFilesThatNoOtherPathShows)
+TEST_F(AtomicFileTest, KeepsOwnerLinksAndLongNamesAndTakesEveryStepInOrder)
 {
-    // Replaced files are rewritten for later targets: each target must get its own bytes, cut to
-    // length, with its own permissions and a new owner, and a hard link elsewhere never changes.
-    std::vector<fs::path> files;
-    for (std::size_t i = 0; i < 12; ++i) {
-        files.push_back(folder / (std::to_string(i) + ".wepn"));
-        ASSERT_EQ(AtomicFile::write(files[i].string(), "old"), std::nullopt);
-        ASSERT_EQ(::chmod(files[i].c_str(), i % 2 ? 0600 : 0644), 0);
-    }
-    fs::create_hard_link(files[0], folder / "Linked.wepn");
+    // A symlink keeps pointing at its target, which gets the new bytes; a root-run save keeps a
+    // plain user's file theirs; a name near the 255-byte limit still has room for the new file.
     if (::geteuid() == 0) {
-        ASSERT_EQ(::chown(files[1].c_str(), 4321, 4321), 0);
+        ASSERT_EQ(::chown(target.c_str(), 65534, 65534), 0);
     }
-    const auto bytes = [](std::size_t round, std::size_t i) {
-        std::string text = std::to_string(round) + "/" + std::to_string(i);
-        return text.append(i * 7 % 12 * round * 500, 'x');
-    };
+    fs::create_symlink("Weapon.wepn", folder / "Link.wepn");
+    std::vector<std::string> steps;
+    static std::vector<std::string> *recorded = &steps;
+    AtomicFile::stepHook = [](std::string_view step) { recorded->emplace_back(step); };
+    ASSERT_EQ(AtomicFile::write((folder / "Link.wepn").string(), "new"), std::nullopt);
+    AtomicFile::stepHook = nullptr;
+    EXPECT_EQ(steps, (std::vector<std::string>{"create", "write", "owner", "sync", "check", "link", "replace",
+                                               "sync folder"}));
+    EXPECT_TRUE(fs::is_symlink(folder / "Link.wepn"));
+    EXPECT_EQ(contentOf(target), "new");
+    struct stat info {};
+    ASSERT_EQ(::stat(target.c_str(), &info), 0);
+    EXPECT_EQ(info.st_uid, ::geteuid() == 0 ? 65534u : ::geteuid());
+    const fs::path longName = folder / (std::string(250, 'w') + ".wepn");
+    EXPECT_EQ(AtomicFile::write(longName.string(), "x"), std::nullopt);
+    EXPECT_EQ(AtomicFile::write(longName.string(), "y"), std::nullopt);
+    EXPECT_EQ(contentOf(longName), "y");
+}
+
+TEST_F(AtomicFileTest, ReplacesOnlyTheFileThatWasRead)
+{
+    const struct
     {
+        const char *change; // shell commands run between the read and the replacement, in the folder
+        const char *after;  // the target's bytes afterwards, or "-" when it is gone
+    } rows[] = {
+        {"printf 'more' >> Weapon.wepn", "old\r\nmore"},
+        {"rm Weapon.wepn", "-"},
+        {"printf 'other' > Other && mv Other Weapon.wepn", "other"},
+        {"chmod 600 Weapon.wepn", "old\r\n"},
+    };
+    for (const auto &row : rows) {
+        ASSERT_EQ(AtomicFile::write(target.string(), "old\r\n"), std::nullopt);
+        std::string bytes;
+        AtomicFile::Seen seen;
+        ASSERT_EQ(AtomicFile::read(target.string(), bytes, seen), std::nullopt);
         AtomicFile::Batch batch;
-        for (std::size_t round = 1; round <= 3; ++round) {
-            for (std::size_t i = 0; i < files.size(); ++i) {
-                ASSERT_EQ(batch.stage(files[i].string(), bytes(round, i)), std::nullopt);
-            }
-            for (const auto &failure : batch.commit())
-                EXPECT_EQ(failure, std::nullopt);
-            for (std::size_t i = 0; i < files.size(); ++i) {
-                EXPECT_EQ(contentOf(files[i]), bytes(round, i)) << files[i];
-                struct stat info {};
-                ASSERT_EQ(::stat(files[i].c_str(), &info), 0);
-                EXPECT_EQ(info.st_mode & 07777, i % 2 ? 0600u : 0644u) << files[i];
-                EXPECT_EQ(info.st_uid, ::geteuid()) << files[i];
-            }
-            EXPECT_EQ(contentOf(folder / "Linked.wepn"), "old");
-        }
+        ASSERT_EQ(batch.stage(target.string(), seen, "new"), std::nullopt);
+        ASSERT_EQ(std::system(("cd '" + folder.string() + "' && sleep 0.01 && " + row.change).c_str()), 0);
+        const auto failures = batch.commit();
+        EXPECT_EQ(failures.front(), "Cannot save '" + target.string()
+                                        + "': it changed after it was read, so it was left as it is")
+            << row.change;
+        EXPECT_EQ(fs::exists(target) ? contentOf(target) : "-", row.after) << row.change;
+        EXPECT_EQ(namesIn(folder).size(), fs::exists(target) ? 1u : 0u) << row.change;
     }
-    EXPECT_EQ(namesIn(folder).size(), 14u); // the files, Linked.wepn and Weapon.wepn: no spares
+}
+
+TEST_F(AtomicFileTest, ReadsOnlyRegularFilesOfScriptSize)
+{
+    ASSERT_EQ(::mkfifo((folder / "Fifo.wepn").c_str(), 0644), 0);
+    fs::create_symlink("/dev/zero", folder / "Zero.wepn");
+    fs::resize_file(target, AtomicFile::kReadLimit + 1);
+    const std::pair<std::string, std::string> rows[] = {
+        {"Fifo.wepn", "not a regular file"},
+        {"Zero.wepn", "not a regular file"},
+        {"Weapon.wepn", "larger than 64 MiB, which no script is"},
+        {"", "Is a directory"},
+        {"Missing.wepn", "No such file or directory"},
+    };
+    for (const auto &[name, reason] : rows) {
+        std::string bytes = "stale";
+        const std::string path = (folder / name).string();
+        EXPECT_EQ(AtomicFile::read(path, bytes), "Cannot read '" + path + "': " + reason);
+        EXPECT_EQ(bytes, "");
+    }
+}
+
+TEST_F(AtomicFileTest, RemovesOnlyItsOwnStaleTemporaryFiles)
+{
+    // A process killed between naming its new file and the replacement leaves the name behind; a
+    // name that a live process holds locked is its own, and other names are other programs'.
+    for (const char *name : {".vantorel-1-1.tmp", ".vantorel-1-2.tmp", ".vantorel-notes", "vantorel-1-3.tmp"})
+        std::ofstream(folder / name) << "x";
+    const int held = ::open((folder / ".vantorel-1-2.tmp").c_str(), O_RDONLY);
+    ASSERT_EQ(::flock(held, LOCK_EX), 0);
+    ASSERT_EQ(AtomicFile::write(target.string(), "new"), std::nullopt);
+    ::close(held);
+    EXPECT_EQ(namesIn(folder),
+              (std::vector<std::string>{".vantorel-1-2.tmp", ".vantorel-notes", "Weapon.wepn", "vantorel-1-3.tmp"}));
+}
+
+TEST(AtomicFileText, QuotedPathsStayOnOneLine)
+{
+    EXPECT_EQ(AtomicFile::quoted("Data/Gun.wepn"), "'Data/Gun.wepn'");
+    EXPECT_EQ(AtomicFile::quoted("a\nb\tc'd\\e\x01\x7f.wepn"), "'a\\nb\\tc\\'d\\\\e\\x01\\x7f.wepn'");
+    EXPECT_EQ(AtomicFile::shown("Data/Gun's.wepn"), "Data/Gun's.wepn");
+    EXPECT_EQ(AtomicFile::shown("a\r.wepn"), "'a\\r.wepn'");
 }
