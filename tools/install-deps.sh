@@ -3,9 +3,10 @@
 # Usage: tools/install-deps.sh [extra-package...]
 set -euo pipefail
 
-# The last four validate the installed desktop files in the install test.
+# desktop-file-utils, appstream, libxml2-utils and groff-base validate the installed desktop files in
+# the install test; strace lets a test see that a new file is synced before it replaces a script.
 packages=(cmake make g++ qt6-base-dev libgl-dev libgtest-dev libgmock-dev libbenchmark-dev liblua5.4-dev fonts-dejavu-core locales-all
-          desktop-file-utils appstream libxml2-utils groff-base "$@")
+          desktop-file-utils appstream libxml2-utils groff-base strace "$@")
 
 missing=()
 for package in "${packages[@]}"; do
