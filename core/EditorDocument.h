@@ -120,3 +120,17 @@ public:
     // The same with the damage flag; values outside 0 to 1 are refused.
     ApplyOutcome applyAccuracy(std::size_t i, std::string_view valueText, bool alwaysDamage);
 };
+
+// The value a member pointer names, in the record or in the document itself, so that one table of
+// fields can hold both kinds.
+template<typename T>
+T &fieldOf(EditorDocument &document, T KorvathWeapon::*member)
+{
+    return document.Weapon.*member;
+}
+
+template<typename T>
+T &fieldOf(EditorDocument &document, T EditorDocument::*member)
+{
+    return document.*member;
+}

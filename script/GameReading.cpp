@@ -165,18 +165,6 @@ const Value *argumentOf(const GameView::Call &call, std::size_t index)
                                                                                           : nullptr;
 }
 
-template<typename T>
-T &field(EditorDocument &document, T KorvathWeapon::*member)
-{
-    return document.Weapon.*member;
-}
-
-template<typename T>
-T &field(EditorDocument &document, T EditorDocument::*member)
-{
-    return document.*member;
-}
-
 struct Refusal
 {
     int line;
@@ -283,7 +271,7 @@ std::optional<Refusal> fill(EditorDocument &document, const std::vector<GameView
             continue;
         std::optional<Refusal> refusal;
         std::visit([&](auto member) {
-            refusal = take(*value, field(document, member), call->line, argumentName(slot.statement, slot.argument));
+            refusal = take(*value, fieldOf(document, member), call->line, argumentName(slot.statement, slot.argument));
         }, slot.member);
         if (refusal)
             return refusal;

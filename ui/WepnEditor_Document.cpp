@@ -59,18 +59,6 @@ const Binding kBindings[] = {
     {"txtDefaultPenetration", &EditorDocument::fDefaultPenetration},
 };
 
-template<typename T>
-T &field(EditorDocument &document, T KorvathWeapon::*member)
-{
-    return document.Weapon.*member;
-}
-
-template<typename T>
-T &field(EditorDocument &document, T EditorDocument::*member)
-{
-    return document.*member;
-}
-
 QString numberText(double value)
 {
     return Latin1::toQString(NumberText::realText(value));
@@ -135,7 +123,7 @@ std::optional<QString> WepnEditor_Main::ShowDocument()
 {
     for (const Binding &binding : kBindings) {
         QWidget *target = control(binding.control);
-        std::visit([&](auto member) { showValue(target, field(document, member)); }, binding.member);
+        std::visit([&](auto member) { showValue(target, fieldOf(document, member)); }, binding.member);
     }
 
     // The families still marked "N" get the default penetration, which txtDefaultPenetration now
@@ -159,9 +147,9 @@ std::optional<QString> WepnEditor_Main::CollectDocument()
             if (combo->currentIndex() < 0)
                 continue;
             if (auto *text = std::get_if<std::string KorvathWeapon::*>(&binding.member))
-                field(collected, *text) = Latin1::toBytes(combo->currentText());
+                fieldOf(collected, *text) = Latin1::toBytes(combo->currentText());
             else
-                field(collected, std::get<std::int16_t KorvathWeapon::*>(binding.member))
+                fieldOf(collected, std::get<std::int16_t KorvathWeapon::*>(binding.member))
                     = static_cast<std::int16_t>(combo->currentIndex());
             continue;
         }
@@ -170,16 +158,16 @@ std::optional<QString> WepnEditor_Main::CollectDocument()
         std::optional<QString> refusal;
         std::visit(
             [&](auto member) {
-                using Value = std::remove_reference_t<decltype(field(collected, member))>;
+                using Value = std::remove_reference_t<decltype(fieldOf(collected, member))>;
                 if constexpr (std::is_same_v<Value, std::string>) {
                     if (!Latin1::fits(shown))
                         refusal = Messages::fieldNotTaken(fieldLabel(binding.control), shown,
                                                           QStringLiteral("only characters a script can hold"));
                     else
-                        field(collected, member) = Latin1::toBytes(shown);
+                        fieldOf(collected, member) = Latin1::toBytes(shown);
                 } else if (const std::optional<Value> number = readNumber<Value>(Latin1::toBytes(shown));
                            number && Latin1::fits(shown)) {
-                    field(collected, member) = *number;
+                    fieldOf(collected, member) = *number;
                 } else {
                     refusal = Messages::fieldNotTaken(fieldLabel(binding.control), shown, expectedNumber<Value>());
                 }

@@ -207,18 +207,6 @@ Generated generate(std::mt19937 &random)
 }
 
 template<typename T>
-T &field(EditorDocument &document, T KorvathWeapon::*member)
-{
-    return document.Weapon.*member;
-}
-
-template<typename T>
-T &field(EditorDocument &document, T EditorDocument::*member)
-{
-    return document.*member;
-}
-
-template<typename T>
 void bump(T &value)
 {
     if constexpr (std::is_same_v<T, std::string>)
@@ -259,7 +247,7 @@ TEST(GameReading, GeneratedLayoutsSaveTheirBytesAndAnEditChangesOneValueTheGameR
         for (const GameReading::Slot &slot : GameReading::slotTable()) {
             if (std::find(script.statements.begin(), script.statements.end(), slot.statement) == script.statements.end())
                 continue;
-            std::visit([&](auto member) { edits.push_back([&d, member] { bump(field(d, member)); }); }, slot.member);
+            std::visit([&](auto member) { edits.push_back([&d, member] { bump(fieldOf(d, member)); }); }, slot.member);
         }
         for (std::size_t i = 0; i < d.FamilyPenetrations.size(); ++i) {
             if (std::count(script.families[0].begin(), script.families[0].end(), d.FamilyPenetrations[i].sFamily))
