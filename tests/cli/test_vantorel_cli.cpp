@@ -124,12 +124,14 @@ TEST_F(CliTest, FolderArgumentTakesEveryWepnBelowItSortedByPath)
     const std::string untouched = "not a script";
     dir.write("Mods/b.wepn", kNormalised);
     dir.write("Mods/A/z.WEPN", "-- first\r\n" + kNormalised);
+    dir.write("Mods/B/y.wepn", "-- second\r\n" + kNormalised);
     dir.write("Mods/notes.txt", untouched);
     dir.write("Mods/c.Wepn", "-- third\r\n" + kNormalised);
 
     const Outcome checked = check(dir.path() + "/Mods");
     EXPECT_EQ(checked.status, 0) << checked.err;
     EXPECT_EQ(checked.out, dir.path() + "/Mods/A/z.WEPN:1: warning: comment: a save drops it\n" + dir.path()
+                               + "/Mods/B/y.wepn:1: warning: comment: a save drops it\n" + dir.path()
                                + "/Mods/c.Wepn:1: warning: comment: a save drops it\n");
 
     // An already normalised script keeps its file and modification time.
@@ -144,7 +146,7 @@ TEST_F(CliTest, FolderArgumentTakesEveryWepnBelowItSortedByPath)
     EXPECT_EQ(readFile(dir.path() + "/Mods/c.Wepn"), kNormalised);
     EXPECT_EQ(readFile(dir.path() + "/Mods/notes.txt"), untouched);
     // Only the scripts are left: no temporary files.
-    EXPECT_EQ(std::distance(std::filesystem::recursive_directory_iterator(dir.path() + "/Mods"), {}), 5);
+    EXPECT_EQ(std::distance(std::filesystem::recursive_directory_iterator(dir.path() + "/Mods"), {}), 7);
 }
 
 TEST_F(CliTest, InPlaceTouchesOnlyTheScriptItRewrites)
@@ -173,12 +175,14 @@ TEST_F(CliTest, InPlaceTouchesOnlyTheScriptItRewrites)
          "cmp a.wepn in && cmp h.wepn in"},
         {"HardLinkSplit", "cp in a.wepn && ln a.wepn h.wepn", {"--split-hard-links", "a.wepn"}, 0, "",
          "cmp a.wepn out && cmp h.wepn in"},
-        {"OwnerAndMode", "cp in a.wepn && chown 65534:65534 a.wepn 2>/dev/null; chmod 640 a.wepn && stat -c %u%g%a a.wepn >s",
+        {"OwnerAndMode", "cp in a.wepn && chown 65534:65534 a.wepn 2>/dev/null; chmod 666 a.wepn && stat -c %u%g%a a.wepn >s",
          {"a.wepn"}, 0, "", "cmp a.wepn out && test \"$(stat -c %u%g%a a.wepn)\" = \"$(cat s)\""},
         {"LongName", "cp in " + longName, {longName}, 0, "", "cmp out " + longName},
-        {"UnlistableFolder", "mkdir -p F/ok F/shut && cp in F/ok/a.wepn && cp in F/shut/b.wepn && chmod 000 F/shut && "
-                             "(chown -R 65534:65534 F/ok 2>/dev/null; true)",
-         {"F"}, 1, "F/shut: cannot list the folder: Permission denied\n", "cmp F/ok/a.wepn out && cmp F/shut/b.wepn in",
+        // Folders made before and after the one that cannot be listed: both are still rewritten.
+        {"UnlistableFolder", "mkdir -p F/ok F/shut F/zz && cp in F/ok/a.wepn && cp in F/shut/b.wepn && cp in F/zz/c.wepn && "
+                             "chmod 000 F/shut && (chown -R 65534:65534 F/ok F/zz 2>/dev/null; true)",
+         {"F"}, 1, "F/shut: cannot list the folder: Permission denied\n",
+         "cmp F/ok/a.wepn out && cmp F/zz/c.wepn out && cmp F/shut/b.wepn in",
          true},
     };
     for (const auto &row : rows) {

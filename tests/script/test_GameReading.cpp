@@ -27,8 +27,8 @@ struct Opened
 Opened open(std::string_view bytes)
 {
     Opened opened;
-    opened.document.setFamilies({"PlanetKillerArmour", "ResArmour", "A0", "A1", "A2", "Alpha", "Beta", "Gamma"},
-                                {"Fighter", "Corvette", "A0", "A1", "A2", "Alpha", "Beta", "Gamma"});
+    opened.document.setFamilies({"PlanetKillerArmour", "ResArmour", "A0", "A1", "A2", "Alpha", "Beta", "Gamma", "9Lives"},
+                                {"Fighter", "Corvette", "A0", "A1", "A2", "Alpha", "Beta", "Gamma", "9Lives"});
     opened.read = GameReading::OpenGameScript(opened.document, bytes, opened.script);
     return opened;
 }
@@ -65,6 +65,7 @@ INSTANTIATE_TEST_SUITE_P(
         Edit{"stock.wepn", "stock.wepn", [](EditorDocument &) {}}, Edit{"flak.wepn", "flak.wepn", [](EditorDocument &) {}},
         Edit{"stock.wepn", "stock.range.wepn", [](EditorDocument &d) { d.Weapon.fWeaponFireRange = 5000; }},
         Edit{"stock.wepn", "stock.angle.wepn", [](EditorDocument &d) { d.fFiringArc = 30; }},
+        Edit{"stock.wepn", "stock.control.wepn", [](EditorDocument &d) { d.Weapon.sWeaponFireName = "\x01" "2"; }},
         Edit{"stock.wepn", "stock.result-added.wepn",
              [](EditorDocument &d) { d.addResult({"Hit", "Push", "Target", 5, 10, ""}); }},
         Edit{"stock.wepn", "stock.result-removed.wepn", [](EditorDocument &d) { EXPECT_FALSE(d.removeResult(0)); }},
@@ -95,6 +96,23 @@ TEST(GameReading, ValuesTheDocumentCannotHoldAreKeptAndUnknownLuaIsToldOnOpen)
     EXPECT_EQ(stock.document.lstWeaponResults[0], "Hit - DamageHealth - 35 - 40 - ");
     EXPECT_EQ(stock.document.strScriptLines,
               (std::vector<std::string>{"setAccuracyFalloff(NewWeaponType,0.5);", "setMissileKiller(NewWeaponType,1)"}));
+    const EditorDocument &d = stock.document;
+    EXPECT_EQ((std::vector<double>{d.fFiringArc, d.fLeftRotation, d.fRightRotation, d.fDownRotation, d.fUpRotation}),
+              (std::vector<double>{25, -180, 180, -5, 60}));
+    // Lua's arithmetic and rounding; two calls the editor does not know on one line keep it once.
+    const std::string lua = "setMissileKiller(NewWeaponType,1+2*3,7//-2,-7%3,2^3^2) setFoo(NewWeaponType)";
+    const Opened game = open("setAccuracy(NewWeaponType,0.7)\n" + lua);
+    EXPECT_EQ(game.script.notes, std::vector<std::string>{});
+    EXPECT_EQ(game.document.iDefaultAccuracy, 1);
+    EXPECT_EQ(game.document.strScriptLines, std::vector<std::string>{lua});
+    // A family name that is no Lua name, and a damage flag that would reach the other families of its table.
+    Opened shared = open("setPenetration(NewWeaponType,50,1,{A0=1})\nsetAccuracy(NewWeaponType,1,{Alpha=0.5,Beta=0.5})");
+    shared.document.applyPenetration(8, "2");
+    shared.document.applyAccuracy(5, "0.5", true);
+    EXPECT_EQ(GameReading::SaveGameScript(shared.script, shared.document).problems,
+              (std::vector<std::string>{
+                  "Line 1: family 9Lives of setPenetration: the name cannot be written as a table key",
+                  "Line 2: family Alpha of setAccuracy: its table holds other families, which the damage flag would change too"}));
 
     struct Row
     {
@@ -105,7 +123,7 @@ TEST(GameReading, ValuesTheDocumentCannotHoldAreKeptAndUnknownLuaIsToldOnOpen)
         {"setAngles(NewWeaponType,1,2,3,4,5)\r\nsetMissileKiller(NewWeaponType,1e400)", "Line 2: malformed number '1e400'"},
         {"for i = 1, 2 do setMissileKiller(NewWeaponType, i) end", "Line 1: loops are not modelled"},
         {"setAngles(NewWeaponType,1,2,3,4,5) x = 1", "Line 1: assignments are not modelled"},
-        {"setAngles(NewWeaponType,1,2,3,4,5)\nfoo(bar(1))", "Line 2: calls inside arguments are not modelled"},
+        {"setAngles(NewWeaponType,1,2,3,4,5)\n\nfoo(bar(1))", "Line 3: calls inside arguments are not modelled"},
     };
     for (const Row &row : rows) {
         Opened opened = open(row.script);
