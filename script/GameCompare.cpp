@@ -44,27 +44,18 @@ bool sameValue(const Value &a, const Value &b)
 {
     if (a.kind != b.kind)
         return false;
-    switch (a.kind) {
-    case Value::Kind::Number:
+    if (a.kind == Value::Kind::Number) {
         // realText writes every non-finite value as "0", so only finite numbers compare by their text.
         if (!std::isfinite(a.number) || !std::isfinite(b.number))
-            return a.number == b.number || (std::isnan(a.number) && std::isnan(b.number));
+            return a == b;
         return a.number == b.number || NumberText::realText(a.number) == NumberText::realText(b.number);
-    case Value::Kind::Boolean:
-        return a.number == b.number;
-    case Value::Kind::Text:
-    case Value::Kind::Other:
-        return a.text == b.text;
-    case Value::Kind::Table:
+    }
+    if (a.kind == Value::Kind::Table)
         return std::equal(a.entries.begin(), a.entries.end(), b.entries.begin(), b.entries.end(),
                           [](const Value::Entry &x, const Value::Entry &y) {
                               return sameValue(x.key, y.key) && sameValue(x.value, y.value);
                           });
-    case Value::Kind::Nil:
-    case Value::Kind::Weapon:
-        break;
-    }
-    return true;
+    return a == b;
 }
 
 const Value &argument(const Call &call, std::size_t index)

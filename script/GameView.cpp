@@ -314,11 +314,6 @@ Run RunScript(std::string_view bytes)
     return run;
 }
 
-std::string numberText(double value)
-{
-    return NumberText::exactText(value);
-}
-
 std::string valueText(const Value &value)
 {
     switch (value.kind) {
@@ -327,7 +322,7 @@ std::string valueText(const Value &value)
     case Value::Kind::Boolean:
         return value.number != 0 ? "true" : "false";
     case Value::Kind::Number:
-        return numberText(value.number);
+        return NumberText::exactText(value.number);
     case Value::Kind::Text: {
         std::string text(1, '"');
         text.append(value.text).push_back('"');

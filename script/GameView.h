@@ -58,9 +58,8 @@ struct Run
 // recorder; NewWeaponType is the weapon marker.
 Run RunScript(std::string_view bytes);
 
-// A number as the game holds it, in the shortest text that reads back the same double.
-std::string numberText(double value);
-// A value for a message: numbers as numberText, texts in double quotes, tables in braces.
+// A value for a message: numbers in the shortest text that reads back the same double, texts in
+// double quotes, tables in braces.
 std::string valueText(const Value &value);
 
 } // namespace GameView
