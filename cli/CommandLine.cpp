@@ -7,7 +7,8 @@
 const char *const kUsage =
     "Usage:\n"
     "  vantorel-cli normalize [--data-dir DIR] FILE\n"
-    "  vantorel-cli normalize --in-place [--split-hard-links] [--data-dir DIR] FILE...\n"
+    "  vantorel-cli normalize --in-place [--split-hard-links] [--sync=HOW]\n"
+    "                         [--data-dir DIR] FILE...\n"
     "  vantorel-cli check [--strict] [--data-dir DIR] FILE...\n"
     "  vantorel-cli --help | --version\n"
     "\n"
@@ -23,6 +24,11 @@ const char *const kUsage =
     "  --in-place            normalize: rewrite the FILEs instead of printing\n"
     "  --split-hard-links    --in-place: also rewrite a script with other hard links\n"
     "                        (they keep the old text)\n"
+    "  --sync=HOW            --in-place: how new files reach the disk before they\n"
+    "                        replace the scripts: each (one by one), shared (one\n"
+    "                        sync of the file system for many, which also writes\n"
+    "                        other programs' data) or auto (shared while other\n"
+    "                        programs have little unwritten data; the default)\n"
     "  --strict              check: fail (exit 1) on any warning\n"
     "  --read=game           read each script as the game does and keep its text:\n"
     "                        normalize writes the input's own bytes, check reports\n"
@@ -85,6 +91,16 @@ CommandLine ParseCommandLine(const std::vector<std::string> &arguments)
             line.reading = argument == "--read=game" ? CommandLine::Reading::Game : CommandLine::Reading::Editor;
         } else if (argument == "--split-hard-links" && line.command == CommandLine::Command::Normalize) {
             line.splitHardLinks = true;
+        } else if (argument.starts_with("--sync=") && line.command == CommandLine::Command::Normalize) {
+            const std::string_view how = std::string_view(argument).substr(7);
+            if (how == "each")
+                line.sync = AtomicFile::SyncMethod::EachFile;
+            else if (how == "shared")
+                line.sync = AtomicFile::SyncMethod::Shared;
+            else if (how == "auto")
+                line.sync = AtomicFile::SyncMethod::Auto;
+            else
+                return fail("--sync is each, shared or auto, not '" + std::string(how) + "'");
         } else if (argument == "--data-dir") {
             if (i + 1 == arguments.size())
                 return fail("--data-dir needs a directory");

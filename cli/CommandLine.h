@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "AtomicFile.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -22,6 +24,8 @@ struct CommandLine
     Reading reading = Reading::Editor;
     // --in-place: rewrite a script that has other hard links as well.
     bool splitHardLinks = false;
+    // --in-place: how new files reach the disk. --sync=each, --sync=shared or --sync=auto.
+    AtomicFile::SyncMethod sync = AtomicFile::SyncMethod::Auto;
     std::optional<std::string> dataDir;
     // "-" stands for standard input (check and normalize to standard output).
     std::vector<std::string> files;

@@ -207,7 +207,7 @@ constexpr int kThreads = 8;
 // On SIGINT or SIGTERM no new slice is started, the slices in hand are finished, and the run ends
 // with a message, by the same signal.
 int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &families, CommandLine::Reading reading,
-                     bool splitHardLinks)
+                     bool splitHardLinks, AtomicFile::SyncMethod sync)
 {
     struct sigaction action {};
     action.sa_handler = onStopSignal;
@@ -233,7 +233,7 @@ int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &
     Progress progress(scripts.size());
     // Only the first thread draws the progress line.
     const auto work = [&](bool drawsProgress) {
-        AtomicFile::Batch batch;
+        AtomicFile::Batch batch(sync);
         std::string bytes, text;
         AtomicFile::Seen seen;
         std::vector<std::size_t> staged;
@@ -410,7 +410,8 @@ int main(int argc, char **argv)
     if (toOutput)
         status = normaliseToOutput(scripts.front(), families, commandLine.reading);
     else if (commandLine.inPlace)
-        status = normaliseInPlace(scripts, families, commandLine.reading, commandLine.splitHardLinks);
+        status = normaliseInPlace(scripts, families, commandLine.reading, commandLine.splitHardLinks,
+                                  commandLine.sync);
     else
         status = check(scripts, families, commandLine.strict, commandLine.reading);
     return listed ? status : kExitFailure;

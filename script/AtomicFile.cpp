@@ -3,16 +3,21 @@
 
 #include "NumberText.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <condition_variable>
 #include <cstdlib>
 #include <map>
+#include <mutex>
 #include <system_error>
 
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
+#include <sys/utsname.h>
 #include <unistd.h>
 #if defined(__linux__) && !defined(RENAME_NOREPLACE)
 #include <sys/syscall.h>
@@ -227,6 +232,116 @@ int syncFolder(const std::string &folder)
     return error;
 }
 
+// Bytes that batches have written and not yet synced: unwritten data of this process's own, not
+// of other programs.
+std::atomic<std::size_t> pendingBytes{0};
+
+constexpr std::size_t kPageSize = 4096;
+
+// Whether other programs leave so little unwritten that a sync of the whole file system costs less
+// than syncing each file on its own. The system's figure counts every disk, so this errs on the
+// side of syncing each file.
+bool littleElseUnwritten()
+{
+    constexpr std::size_t kOthersLimit = std::size_t{4} << 20;
+    std::string meminfo;
+    if (AtomicFile::read("/proc/meminfo", meminfo))
+        return false;
+    const std::size_t at = meminfo.find("\nDirty:");
+    if (at == std::string::npos)
+        return false;
+    const std::size_t dirty = std::strtoull(meminfo.c_str() + at + 7, nullptr, 10) * 1024;
+    return dirty <= kOthersLimit + pendingBytes;
+}
+
+// Linux reports a failed write-back through syncfs only since 5.8; before, it reported success.
+bool syncfsReportsErrors()
+{
+    static const bool reports = [] {
+        struct utsname system {};
+        if (::uname(&system) != 0 || std::string_view(system.sysname) != "Linux")
+            return false;
+        char *end = nullptr;
+        const unsigned long major = std::strtoul(system.release, &end, 10);
+        const unsigned long minor = *end == '.' ? std::strtoul(end + 1, nullptr, 10) : 0;
+        return major > 5 || (major == 5 && minor >= 8);
+    }();
+    return reports;
+}
+
+bool syncsWholeFileSystem(long type)
+{
+    constexpr long kExt = 0xEF53, kXfs = 0x58465342, kBtrfs = 0x9123683E;
+    return type == kExt || type == kXfs || type == kBtrfs;
+}
+
+} // namespace
+
+// The syncs of one whole file system, each shared by every batch that waits when it starts: a
+// batch waits for a sync that starts after its files are written. A write-back error reported by
+// a sync fails every batch written before that sync finished, as the error may be theirs.
+struct FileSystemSync
+{
+    std::mutex mutex;
+    std::condition_variable finishedOne;
+    int fd = -1; // open since before any batch wrote to the file system, so its syncs see every error
+    bool running = false;
+    unsigned long long started = 0, finished = 0;
+    std::vector<int> errors; // of each finished sync, 0 when it succeeded
+
+    // Gives 0, or the error of a sync that starts after the call or of any sync that finished
+    // after the first `syncsBefore`.
+    int syncAfter(unsigned long long syncsBefore)
+    {
+        std::unique_lock lock(mutex);
+        const unsigned long long wanted = started + 1;
+        while (finished < wanted) {
+            if (running) {
+                finishedOne.wait(lock);
+                continue;
+            }
+            running = true;
+            const unsigned long long number = ++started;
+            lock.unlock();
+            const int error = ::syncfs(fd) == 0 ? 0 : errno;
+            lock.lock();
+            errors.push_back(error);
+            finished = number;
+            running = false;
+            finishedOne.notify_all();
+        }
+        for (unsigned long long k = syncsBefore; k < wanted; ++k)
+            if (errors[k] != 0)
+                return errors[k];
+        return 0;
+    }
+};
+
+namespace {
+
+// The sync of the whole file system the folder is on, or nothing where syncfs cannot stand in for
+// syncing each file. Made once for each file system and kept for the process's lifetime.
+FileSystemSync *fileSystemSync(unsigned long long device, const std::string &folder)
+{
+    static std::mutex mutex;
+    static std::map<unsigned long long, FileSystemSync *> syncs;
+    std::lock_guard lock(mutex);
+    const auto [at, added] = syncs.try_emplace(device, nullptr);
+    if (!added || !syncfsReportsErrors())
+        return at->second;
+    const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    struct statfs system {};
+    struct stat info {};
+    if (fd >= 0 && ::fstatfs(fd, &system) == 0 && syncsWholeFileSystem(static_cast<long>(system.f_type))
+        && ::fstat(fd, &info) == 0 && info.st_dev == device) {
+        at->second = new FileSystemSync;
+        at->second->fd = fd;
+    } else if (fd >= 0) {
+        ::close(fd);
+    }
+    return at->second;
+}
+
 } // namespace
 
 std::string quoted(std::string_view path)
@@ -370,6 +485,7 @@ Batch::~Batch()
         if (!staged.temporary.empty())
             ::unlink(staged.temporary.c_str());
         ::close(staged.fd);
+        pendingBytes -= staged.pending;
     }
 }
 
@@ -382,6 +498,10 @@ std::optional<std::string> Batch::stage(const std::string &path, const Seen &see
     // A new script gets the usual permissions of a new file; a replacement those of its target.
     const mode_t mode = seen.exists ? static_cast<mode_t>(seen.mode & 07777) : 0666;
     Staged staged{path, seen, -1, {}};
+    if (method_ != SyncMethod::EachFile && seen.exists && (staged.shared = fileSystemSync(seen.device, folder))) {
+        std::lock_guard lock(staged.shared->mutex);
+        staged.syncsBefore = staged.shared->finished;
+    }
     step("create");
     staged.fd = createUnnamed(folder, mode);
     if (staged.fd < 0 && noUnnamedFiles(errno))
@@ -406,8 +526,20 @@ std::optional<std::string> Batch::stage(const std::string &path, const Seen &see
         ::close(staged.fd);
         return cannotSave(path, failed, error);
     }
+    staged.pending = (bytes.size() + kPageSize - 1) / kPageSize * kPageSize;
+    pendingBytes += staged.pending;
     staged_.push_back(std::move(staged));
     return std::nullopt;
+}
+
+std::vector<int> Batch::syncEachFile(const std::vector<Staged> &batch)
+{
+    std::vector<int> errors(batch.size());
+    for (std::size_t i = 0; i < batch.size(); ++i) {
+        step("sync");
+        errors[i] = ::fdatasync(batch[i].fd) == 0 ? 0 : errno;
+    }
+    return errors;
 }
 
 std::vector<std::optional<std::string>> Batch::commit()
@@ -418,16 +550,26 @@ std::vector<std::optional<std::string>> Batch::commit()
     std::map<std::string, std::vector<std::size_t>> folders; // the files replaced in each
 
     // Each new file is durable before any name shows it. The writes of the whole batch are started
-    // first, so that the disk takes them together and each file's sync mostly finds its data
-    // written. A sync of the whole file system (syncfs) would cost fewer calls but waits for every
-    // other program's unwritten data on the disk.
+    // first, so that the disk takes them together. Syncing each file then writes its inode and
+    // flushes the disk's cache, once for every file; a sync of the whole file system does both
+    // once for all waiting batches, but also waits for other programs' unwritten data on it.
     for (const Staged &staged : batch)
         ::sync_file_range(staged.fd, 0, 0, SYNC_FILE_RANGE_WRITE);
-    std::vector<int> syncErrors(batch.size());
-    for (std::size_t i = 0; i < batch.size(); ++i) {
+    const auto sameSync = [&](const Staged &staged) { return staged.shared == batch.front().shared; };
+    const bool shared = !batch.empty() && batch.front().shared && std::all_of(batch.begin(), batch.end(), sameSync)
+                        && (method_ == SyncMethod::Shared || littleElseUnwritten());
+    std::vector<int> syncErrors;
+    if (shared) {
         step("sync");
-        syncErrors[i] = ::fdatasync(batch[i].fd) == 0 ? 0 : errno;
+        unsigned long long syncsBefore = batch.front().syncsBefore;
+        for (const Staged &staged : batch)
+            syncsBefore = std::min(syncsBefore, staged.syncsBefore);
+        syncErrors.assign(batch.size(), batch.front().shared->syncAfter(syncsBefore));
+    } else {
+        syncErrors = syncEachFile(batch);
     }
+    for (const Staged &staged : batch)
+        pendingBytes -= staged.pending;
     for (std::size_t i = 0; i < batch.size(); ++i) {
         const Staged &staged = batch[i];
         const std::string folder = folderOf(staged.seen.target);

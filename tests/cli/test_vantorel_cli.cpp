@@ -263,6 +263,8 @@ TEST_F(CliTest, ExitStatusAndMessages)
         {{"--version"}, 0, ""},
         {{"fix", a}, 2, "vantorel-cli: unknown command 'fix'"},
         {{"check", "--in-place", a}, 2, "vantorel-cli: unknown option '--in-place' for check"},
+        {{"normalize", "--in-place", "--sync=fast", a}, 2, "vantorel-cli: --sync is each, shared or auto, not 'fast'"},
+        {{"check", "--sync=each", a}, 2, "vantorel-cli: unknown option '--sync=each' for check"},
         {{"normalize", "--data-dir", dataDir}, 2, "vantorel-cli: normalize needs at least one FILE"},
         {{"normalize", "--data-dir", dataDir, a, b}, 2, "vantorel-cli: normalize without --in-place writes one"},
         {{"normalize", "--data-dir", dataDir, dir.path()}, 2, "vantorel-cli: normalize without --in-place writes one"},
