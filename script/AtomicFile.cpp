@@ -9,6 +9,7 @@
 #include <condition_variable>
 #include <cstdlib>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <system_error>
 
@@ -289,6 +290,12 @@ struct FileSystemSync
     unsigned long long started = 0, finished = 0;
     std::vector<int> errors; // of each finished sync, 0 when it succeeded
 
+    ~FileSystemSync()
+    {
+        if (fd >= 0)
+            ::close(fd);
+    }
+
     // Gives 0, or the error of a sync that starts after the call or of any sync that finished
     // after the first `syncsBefore`.
     int syncAfter(unsigned long long syncsBefore)
@@ -324,22 +331,22 @@ namespace {
 FileSystemSync *fileSystemSync(unsigned long long device, const std::string &folder)
 {
     static std::mutex mutex;
-    static std::map<unsigned long long, FileSystemSync *> syncs;
+    static std::map<unsigned long long, std::unique_ptr<FileSystemSync>> syncs;
     std::lock_guard lock(mutex);
-    const auto [at, added] = syncs.try_emplace(device, nullptr);
+    const auto [at, added] = syncs.try_emplace(device);
     if (!added || !syncfsReportsErrors())
-        return at->second;
+        return at->second.get();
     const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     struct statfs system {};
     struct stat info {};
     if (fd >= 0 && ::fstatfs(fd, &system) == 0 && syncsWholeFileSystem(static_cast<long>(system.f_type))
         && ::fstat(fd, &info) == 0 && info.st_dev == device) {
-        at->second = new FileSystemSync;
+        at->second = std::make_unique<FileSystemSync>();
         at->second->fd = fd;
     } else if (fd >= 0) {
         ::close(fd);
     }
-    return at->second;
+    return at->second.get();
 }
 
 } // namespace
