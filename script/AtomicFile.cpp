@@ -568,10 +568,9 @@ std::vector<std::optional<std::string>> Batch::commit()
     std::vector<int> syncErrors;
     if (shared) {
         step("sync");
-        unsigned long long syncsBefore = batch.front().syncsBefore;
-        for (const Staged &staged : batch)
-            syncsBefore = std::min(syncsBefore, staged.syncsBefore);
-        syncErrors.assign(batch.size(), batch.front().shared->syncAfter(syncsBefore));
+        // The first file staged was written first: no sync finished before it that had not
+        // finished before the others.
+        syncErrors.assign(batch.size(), batch.front().shared->syncAfter(batch.front().syncsBefore));
     } else {
         syncErrors = syncEachFile(batch);
     }
