@@ -3,8 +3,8 @@
 // comments, a statement the editor does not know), read and saved without the game's view and
 // checked with it; and a game-sized family list against a long table.
 #include "EditorDocument.h"
+#include "EditorReading.h"
 #include "ScriptCheck.h"
-#include "ScriptReader.h"
 #include "ScriptWriter.h"
 
 #include <benchmark/benchmark.h>
@@ -55,7 +55,7 @@ void BM_ReadAndSave1000(benchmark::State &state)
         for (const std::string &script : stockLikeScripts()) {
             EditorDocument document;
             document.setFamilies(kArmour, kAttack);
-            if (!OpenWeaponScript(document, script).completed())
+            if (!OpenEditorScript(document, script).completed())
                 state.SkipWithError("a stock-like script does not open");
             benchmark::DoNotOptimize(WeaponScriptText(document));
         }
@@ -87,7 +87,7 @@ void BM_FamilyMatching(benchmark::State &state)
     for (auto _ : state) {
         EditorDocument document;
         document.setFamilies(families, kAttack);
-        if (!OpenWeaponScript(document, script).completed())
+        if (!OpenEditorScript(document, script).completed())
             state.SkipWithError("the family script does not open");
         benchmark::DoNotOptimize(document);
     }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Read and write of a typical script: the statements of a turret, three impact results and
 // eight families in each table; in the editor's dialect and as the game reads it.
+#include "EditorReading.h"
 #include "GameReading.h"
-#include "ScriptReader.h"
 #include "ScriptWriter.h"
 
 #include <benchmark/benchmark.h>
@@ -45,7 +45,7 @@ void BM_OpenScript(benchmark::State &state)
     const EditorDocument prepared = preparedDocument();
     for (auto _ : state) {
         EditorDocument document = prepared;
-        const ReadResult result = OpenWeaponScript(document, script);
+        const ReadResult result = OpenEditorScript(document, script);
         if (!result.completed())
             state.SkipWithError(result.message().c_str());
         benchmark::DoNotOptimize(document);
@@ -57,7 +57,7 @@ BENCHMARK(BM_OpenScript);
 void BM_WriteScript(benchmark::State &state)
 {
     EditorDocument document = preparedDocument();
-    if (!OpenWeaponScript(document, typicalScript()).completed())
+    if (!OpenEditorScript(document, typicalScript()).completed())
         state.SkipWithError("the typical script does not open");
     for (auto _ : state) {
         std::string text = WeaponScriptText(document);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ScriptRoundTrip.h"
 
-#include "ScriptReader.h"
+#include "EditorReading.h"
 #include "ScriptWriter.h"
 
 #include <initializer_list>
@@ -41,13 +41,13 @@ std::optional<std::string> roundTrip(std::string_view bytes, const Families &arm
 {
     EditorDocument first;
     first.setFamilies(armour, attack);
-    if (!OpenWeaponScript(first, bytes).completed() || !carriable(first))
+    if (!OpenEditorScript(first, bytes).completed() || !carriable(first))
         return std::nullopt;
     const std::string written = WeaponScriptText(first);
 
     EditorDocument second;
     second.setFamilies(armour, attack);
-    const ReadResult again = OpenWeaponScript(second, written);
+    const ReadResult again = OpenEditorScript(second, written);
     if (!again.completed())
         return "The written script does not open again: " + again.message() + "\n--- written:\n" + written;
     const std::string rewritten = WeaponScriptText(second);

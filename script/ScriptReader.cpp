@@ -2,7 +2,6 @@
 #include "ScriptReader.h"
 
 #include "AtomicFile.h"
-#include "GameView.h"
 #include "NumberText.h"
 #include "TextPieces.h"
 
@@ -43,58 +42,25 @@ std::string shown(std::string_view text)
     return quoted;
 }
 
-// What the game reads where a piece is no number: "0.60;", "2000*1.1", "70/2". The script is run
-// only when the reader first needs it, so a script in the editor's own layout never is.
-class GameNumbers
+// Asks the game only when one was given; without one, a piece that is no number fails the read.
+class GameFallback
 {
 public:
-    explicit GameNumbers(std::string_view bytes) : m_bytes(bytes) {}
+    explicit GameFallback(GameNumbers *game) : m_game(game) {}
 
-    // The number the game passes as argument `index` of the statement named on the line.
     std::optional<double> argument(std::size_t lineIndex, std::string_view statement, std::size_t index)
     {
-        const GameView::Call *call = callOn(lineIndex, statement);
-        if (!call || index >= call->arguments.size())
-            return std::nullopt;
-        return number(call->arguments[index]);
+        return m_game ? m_game->argument(lineIndex, statement, index) : std::nullopt;
     }
 
-    // A family's value, or the damage flag of the table that names it, in a table of the statement.
     std::optional<double> family(std::size_t lineIndex, std::string_view statement, std::string_view name,
                                  bool damage = false)
     {
-        const GameView::Call *call = callOn(lineIndex, statement);
-        if (!call)
-            return std::nullopt;
-        for (const GameView::Value &table : call->arguments) {
-            if (const GameView::Value *value = table.field(name))
-                return damage ? (table.field("damage") ? number(*table.field("damage")) : std::nullopt)
-                              : number(*value);
-        }
-        return std::nullopt;
+        return m_game ? m_game->family(lineIndex, statement, name, damage) : std::nullopt;
     }
 
 private:
-    static std::optional<double> number(const GameView::Value &value)
-    {
-        if (value.kind != GameView::Value::Kind::Number)
-            return std::nullopt;
-        return value.number;
-    }
-
-    const GameView::Call *callOn(std::size_t lineIndex, std::string_view statement)
-    {
-        if (!m_run)
-            m_run = GameView::RunScript(m_bytes);
-        for (const GameView::Call &call : m_run->calls) {
-            if (call.line == static_cast<int>(lineIndex + 1) && TextPieces::toLower(call.name) == statement)
-                return &call;
-        }
-        return nullptr;
-    }
-
-    std::string_view m_bytes;
-    std::optional<GameView::Run> m_run;
+    GameNumbers *m_game;
 };
 
 // A piece that is no number takes what the game reads there, when the game reads a number.
@@ -166,7 +132,7 @@ void commentPass(std::vector<std::string> &lines)
 
 // Every StartWeaponConfig line goes to the record in turn, so the last one decides. Gives the
 // index of a line the record could not take.
-std::optional<std::size_t> startWeaponConfigPass(EditorDocument &document, GameNumbers &game)
+std::optional<std::size_t> startWeaponConfigPass(EditorDocument &document, GameFallback &game)
 {
     std::vector<std::string> &lines = document.strScriptLines;
     for (std::size_t i = 0; i < lines.size(); ++i) {
@@ -182,7 +148,7 @@ std::optional<std::size_t> startWeaponConfigPass(EditorDocument &document, GameN
     return std::nullopt;
 }
 
-WeaponResult resultFrom(std::string_view line, std::size_t index, GameNumbers &game)
+WeaponResult resultFrom(std::string_view line, std::size_t index, GameFallback &game)
 {
     const std::vector<std::string_view> quoted = split(line, "\"");
     if (quoted.size() < 6)
@@ -211,7 +177,7 @@ WeaponResult resultFrom(std::string_view line, std::size_t index, GameNumbers &g
     return result;
 }
 
-void addWeaponResultPass(EditorDocument &document, GameNumbers &game)
+void addWeaponResultPass(EditorDocument &document, GameFallback &game)
 {
     std::vector<std::string> &lines = document.strScriptLines;
     std::vector<std::pair<std::size_t, std::string>> gathered;
@@ -235,7 +201,7 @@ void addWeaponResultPass(EditorDocument &document, GameNumbers &game)
     document.lstWeaponResults = std::move(entries);
 }
 
-void setAnglesPass(EditorDocument &document, GameNumbers &game)
+void setAnglesPass(EditorDocument &document, GameFallback &game)
 {
     std::vector<std::string> &lines = document.strScriptLines;
     for (std::size_t i = 0; i < lines.size(); ++i) {
@@ -260,7 +226,7 @@ void setAnglesPass(EditorDocument &document, GameNumbers &game)
     }
 }
 
-void setMiscValuesPass(EditorDocument &document, GameNumbers &game)
+void setMiscValuesPass(EditorDocument &document, GameFallback &game)
 {
     std::vector<std::string> &lines = document.strScriptLines;
     for (std::size_t i = 0; i < lines.size(); ++i) {
@@ -308,7 +274,7 @@ void updateFamilyEntries(std::vector<std::string> &entries, const std::vector<Re
     }
 }
 
-void penetrationPass(EditorDocument &document, GameNumbers &game)
+void penetrationPass(EditorDocument &document, GameFallback &game)
 {
     std::vector<std::string> &lines = document.strScriptLines;
     const std::size_t start = firstLineNaming(lines, "setpenetration");
@@ -398,7 +364,7 @@ bool accuracyTableLine(std::string_view line, std::size_t index, std::vector<Fam
     return true;
 }
 
-void accuracyPass(EditorDocument &document, GameNumbers &game)
+void accuracyPass(EditorDocument &document, GameFallback &game)
 {
     std::vector<std::string> &lines = document.strScriptLines;
     const std::size_t start = firstLineNaming(lines, "setaccuracy");
@@ -442,7 +408,7 @@ std::string StripTableChars(std::string_view text)
     return kept;
 }
 
-ReadResult ReadWeaponScript(EditorDocument &document, std::string_view bytes)
+ReadResult ReadWeaponScript(EditorDocument &document, std::string_view bytes, GameNumbers *gameNumbers)
 {
     document.lstWeaponResults.clear();
     document.strScriptLines.assign(1, std::string());
@@ -456,7 +422,7 @@ ReadResult ReadWeaponScript(EditorDocument &document, std::string_view bytes)
         return {ReadOutcome::Failed, 0, "The file is empty."};
     document.strScriptLines = TextPieces::splitLines(bytes);
 
-    GameNumbers game(bytes);
+    GameFallback game(gameNumbers);
     commentPass(document.strScriptLines);
     if (const std::optional<std::size_t> index = startWeaponConfigPass(document, game)) {
         const int line = static_cast<int>(*index + 1);
@@ -475,17 +441,17 @@ ReadResult ReadWeaponScript(EditorDocument &document, std::string_view bytes)
     return {};
 }
 
-ReadResult ReadWeaponScriptFile(EditorDocument &document, const std::string &path)
+ReadResult ReadWeaponScriptFile(EditorDocument &document, const std::string &path, GameNumbers *gameNumbers)
 {
     std::string bytes;
     if (std::optional<std::string> problem = AtomicFile::read(path, bytes))
         return {ReadOutcome::Failed, 0, std::move(*problem)};
-    return ReadWeaponScript(document, bytes);
+    return ReadWeaponScript(document, bytes, gameNumbers);
 }
 
-ReadResult OpenWeaponScript(EditorDocument &document, std::string_view bytes)
+ReadResult OpenWeaponScript(EditorDocument &document, std::string_view bytes, GameNumbers *gameNumbers)
 {
-    ReadResult result = ReadWeaponScript(document, bytes);
+    ReadResult result = ReadWeaponScript(document, bytes, gameNumbers);
     if (!result.completed())
         return result;
     document.Weapon.InitializeWeaponValues();

@@ -4,6 +4,8 @@
 #include "EditorDocument.h"
 #include "NumberText.h"
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -24,16 +26,31 @@ struct ReadResult
     std::string message() const { return line > 0 ? "Line " + NumberText::intText(line) + ": " + reason : reason; }
 };
 
+// What the game reads at a place where the dialect finds no number ("0.60;", "2000*1.1", "70/2").
+// The reader asks only there, so a script in the editor's own layout never needs the game. Lines
+// are counted from 0; statements are named in lower case ("setangles").
+class GameNumbers
+{
+public:
+    virtual ~GameNumbers() = default;
+    // The number the game passes as argument `index` of the statement named on the line.
+    virtual std::optional<double> argument(std::size_t lineIndex, std::string_view statement, std::size_t index) = 0;
+    // A family's value, or the damage flag of the table that names it, in a table of the statement.
+    virtual std::optional<double> family(std::size_t lineIndex, std::string_view statement, std::string_view name,
+                                         bool damage) = 0;
+};
+
 // Reads a whole script into the document. Precondition: lstArmorFamilies and lstAccuracy hold
-// the "name - N" entries made from the family list (EditorDocument::setFamilies).
-ReadResult ReadWeaponScript(EditorDocument &document, std::string_view bytes);
-ReadResult ReadWeaponScriptFile(EditorDocument &document, const std::string &path);
+// the "name - N" entries made from the family list (EditorDocument::setFamilies). Without
+// gameNumbers a piece that is no number fails the read.
+ReadResult ReadWeaponScript(EditorDocument &document, std::string_view bytes, GameNumbers *gameNumbers = nullptr);
+ReadResult ReadWeaponScriptFile(EditorDocument &document, const std::string &path, GameNumbers *gameNumbers = nullptr);
 
 // What the editor's Open does with a chosen script, without the window: the read, then the
 // weapon's variable name set to "NewWeaponType", then every family still marked "N" filled and
 // both family tables built from the entries (EditorDocument::fillFamilyTables). The editor and
 // the command-line tool both go through here, so both save the same bytes.
-ReadResult OpenWeaponScript(EditorDocument &document, std::string_view bytes);
+ReadResult OpenWeaponScript(EditorDocument &document, std::string_view bytes, GameNumbers *gameNumbers = nullptr);
 
 // The text with every "{", "}", blank, "," and ")" removed.
 std::string StripTableChars(std::string_view text);

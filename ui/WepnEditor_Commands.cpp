@@ -4,13 +4,13 @@
 
 #include "AppInfo.h"
 #include "AtomicFile.h"
+#include "EditorReading.h"
 #include "FamilyList.h"
 #include "GameCompare.h"
 #include "GameReading.h"
 #include "Latin1.h"
 #include "Messages.h"
 #include "PathText.h"
-#include "ScriptReader.h"
 #include "ScriptWriter.h"
 #include "TextPieces.h"
 
@@ -138,7 +138,7 @@ void WepnEditor_Main::openChosenScript(const QString &path)
     m_gameScript.reset();
     auto gameScript = std::make_unique<GameReading::GameScript>();
     const ReadResult read = ReadAsGame->isChecked() ? GameReading::ReadGameScript(document, bytes, *gameScript)
-                                                    : OpenWeaponScript(document, bytes);
+                                                    : OpenEditorScript(document, bytes);
     // The read rebuilds all three entry lists, also when it stops part way.
     refreshList(lstWeaponResults, document.lstWeaponResults);
     refreshList(lstArmorFamilies, document.lstArmorFamilies);

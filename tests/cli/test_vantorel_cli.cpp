@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "EditorReading.h"
 #include "FamilyList.h"
-#include "ScriptReader.h"
 #include "ScriptWriter.h"
 #include "TempDir.h"
 
@@ -79,7 +79,7 @@ protected:
         EXPECT_TRUE(families.ok()) << families.error;
         EditorDocument document;
         document.setFamilies(families.armourFamilies, families.attackFamilies);
-        EXPECT_TRUE(OpenWeaponScript(document, bytes).completed());
+        EXPECT_TRUE(OpenEditorScript(document, bytes).completed());
         return WeaponScriptText(document);
     }
 

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "AtomicFile.h"
 
-#include "NumberText.h"
-
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
@@ -11,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <system_error>
 
 #include <dirent.h>
@@ -62,8 +61,8 @@ std::string temporaryName(const std::string &folder)
 {
     static const long long pid = ::getpid();
     static std::atomic<unsigned long long> counter{0};
-    return folder + '/' + std::string(kTemporaryPrefix) + NumberText::intText(pid) + '-'
-           + NumberText::intText(static_cast<long long>(counter++)) + std::string(kTemporarySuffix);
+    return folder + '/' + std::string(kTemporaryPrefix) + std::to_string(pid) + '-'
+           + std::to_string(counter++) + std::string(kTemporarySuffix);
 }
 
 // The process's umask, read without setting it (another thread may be creating a file meanwhile),
@@ -182,7 +181,7 @@ int linkUnnamed(int fd, const std::string &folder, std::string &temporary)
     // Only a privileged process may link a file by its descriptor; others go through /proc, which
     // costs a path lookup.
     static std::atomic<bool> byDescriptor{true};
-    const std::string byProc = "/proc/self/fd/" + NumberText::intText(fd);
+    const std::string byProc = "/proc/self/fd/" + std::to_string(fd);
     for (int attempt = 0; attempt < 100; ++attempt) {
         temporary = temporaryName(folder);
         if (byDescriptor && ::linkat(fd, "", AT_FDCWD, temporary.c_str(), AT_EMPTY_PATH) == 0)

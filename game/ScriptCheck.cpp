@@ -2,8 +2,8 @@
 #include "ScriptCheck.h"
 
 #include "EditorDocument.h"
+#include "EditorReading.h"
 #include "GameCompare.h"
-#include "ScriptReader.h"
 #include "ScriptWriter.h"
 #include "TextPieces.h"
 
@@ -137,7 +137,7 @@ std::vector<Finding> CheckWeaponScript(std::string_view bytes, const std::vector
     Findings findings;
     EditorDocument document;
     document.setFamilies(armourFamilies, attackFamilies);
-    const ReadResult result = OpenWeaponScript(document, bytes);
+    const ReadResult result = OpenEditorScript(document, bytes);
     if (!result.completed()) {
         findings.add(result.line, "error", result.reason, true);
         return findings.take();
