@@ -3,6 +3,7 @@
 
 #include "KorvathWeapon.h"
 #include "NumberText.h"
+#include "TextPieces.h"
 
 #include <algorithm>
 #include <array>
@@ -96,6 +97,22 @@ struct Families
     std::map<std::string, Value> values, flags;
 };
 
+// Whether the game matches family names with their letter case or without is not known, so a
+// change under either matching is reported. Without case, of names that differ only in case the
+// first in byte order counts.
+Families withoutCase(const Families &families)
+{
+    Families folded;
+    folded.firstTable = families.firstTable;
+    folded.fallback = families.fallback;
+    for (const auto *map : {&families.values, &families.flags}) {
+        std::map<std::string, Value> &into = map == &families.values ? folded.values : folded.flags;
+        for (const auto &[name, value] : *map)
+            into.emplace(TextPieces::toLower(name), value);
+    }
+    return folded;
+}
+
 Families familiesOf(const Call &call, bool accuracy)
 {
     Families families;
@@ -117,6 +134,9 @@ Families familiesOf(const Call &call, bool accuracy)
     return families;
 }
 
+// The weapon is argument 0 of every statement; a change of it is one kind for each name it had.
+const std::string kWeaponKind = "weapon ";
+
 class Comparison
 {
 public:
@@ -131,34 +151,9 @@ public:
         }
         const Families before = familiesOf(opened, accuracy), after = familiesOf(saved, accuracy);
         arguments(opened, saved, std::max(before.firstTable, after.firstTable));
-        std::set<std::string> names;
-        for (const auto *families : {&before, &after})
-            for (const auto &entry : families->values)
-                names.insert(entry.first);
-        const std::string what = accuracy ? "accuracy" : "penetration";
-        for (const std::string &family : names) {
-            const auto was = before.values.find(family), is = after.values.find(family);
-            const Value &from = was != before.values.end() ? was->second : before.fallback;
-            const Value &to = is != after.values.end() ? is->second : after.fallback;
-            if (!sameValue(from, to) && is == after.values.end())
-                add(opened, "family " + opened.name,
-                    "a save drops family '" + family + "' of " + opened.name + " (" + what + " "
-                        + GameView::valueText(from) + "): the game then reads the default "
-                        + GameView::valueText(to));
-            else if (!sameValue(from, to))
-                add(opened, "family " + opened.name,
-                    "a save changes " + opened.name + " " + what + " of family '" + family + "' from "
-                        + GameView::valueText(from) + " to " + GameView::valueText(to));
-            if (!accuracy)
-                continue;
-            const auto flagWas = before.flags.find(family), flagIs = after.flags.find(family);
-            const Value &flagFrom = flagWas != before.flags.end() ? flagWas->second : kNoFlag;
-            const Value &flagTo = flagIs != after.flags.end() ? flagIs->second : kNoFlag;
-            if (!sameValue(flagFrom, flagTo))
-                add(opened, "family " + opened.name,
-                    "a save changes setAccuracy damage flag of family '" + family + "' from "
-                        + GameView::valueText(flagFrom) + " to " + GameView::valueText(flagTo));
-        }
+        const std::set<std::string> changed = families(opened, before, after, accuracy, {}, "");
+        families(opened, withoutCase(before), withoutCase(after), accuracy, changed,
+                 " (with family names matched without letter case)");
     }
 
     void dropped(const Call &opened) { add(opened, "drops " + opened.name, "a save drops " + callText(opened)); }
@@ -169,6 +164,47 @@ public:
     }
 
 private:
+    // Compares the family values of two calls and gives the families, in lower case, found changed.
+    // Families in `skip` (lower case) were reported already.
+    std::set<std::string> families(const Call &opened, const Families &before, const Families &after, bool accuracy,
+                                   const std::set<std::string> &skip, const std::string &matching)
+    {
+        std::set<std::string> names, changed;
+        for (const auto *families : {&before, &after})
+            for (const auto &entry : families->values)
+                names.insert(entry.first);
+        const std::string what = accuracy ? "accuracy" : "penetration";
+        for (const std::string &family : names) {
+            if (skip.contains(TextPieces::toLower(family)))
+                continue;
+            const std::size_t count = changes.size();
+            const auto was = before.values.find(family), is = after.values.find(family);
+            const Value &from = was != before.values.end() ? was->second : before.fallback;
+            const Value &to = is != after.values.end() ? is->second : after.fallback;
+            if (!sameValue(from, to) && is == after.values.end())
+                add(opened, "family " + opened.name,
+                    "a save drops family '" + family + "' of " + opened.name + " (" + what + " "
+                        + GameView::valueText(from) + "): the game then reads the default "
+                        + GameView::valueText(to) + matching);
+            else if (!sameValue(from, to))
+                add(opened, "family " + opened.name,
+                    "a save changes " + opened.name + " " + what + " of family '" + family + "' from "
+                        + GameView::valueText(from) + " to " + GameView::valueText(to) + matching);
+            if (accuracy) {
+                const auto flagWas = before.flags.find(family), flagIs = after.flags.find(family);
+                const Value &flagFrom = flagWas != before.flags.end() ? flagWas->second : kNoFlag;
+                const Value &flagTo = flagIs != after.flags.end() ? flagIs->second : kNoFlag;
+                if (!sameValue(flagFrom, flagTo))
+                    add(opened, "family " + opened.name,
+                        "a save changes setAccuracy damage flag of family '" + family + "' from "
+                            + GameView::valueText(flagFrom) + " to " + GameView::valueText(flagTo) + matching);
+            }
+            if (changes.size() != count)
+                changed.insert(TextPieces::toLower(family));
+        }
+        return changed;
+    }
+
     void add(const Call &opened, std::string kind, std::string message)
     {
         changes.push_back({opened.line, std::move(kind), std::move(message)});
@@ -179,7 +215,7 @@ private:
         for (std::size_t i = 0; i < count; ++i) {
             const Value &from = argument(opened, i), &to = argument(saved, i);
             if (!sameValue(from, to))
-                add(opened, "changes " + opened.name,
+                add(opened, i == 0 ? kWeaponKind + GameView::valueText(from) : "changes " + opened.name,
                     "a save changes " + opened.name + " " + argumentName(opened.name, i) + " from "
                         + GameView::valueText(from) + " to " + GameView::valueText(to));
         }
@@ -220,9 +256,14 @@ std::vector<GameChange> CompareGameViews(const GameView::Run &opened, const Game
             for (const Call *call : written)
                 comparison.added(*call);
     }
-    std::stable_sort(comparison.changes.begin(), comparison.changes.end(),
-                     [](const GameChange &a, const GameChange &b) { return a.line < b.line; });
-    return std::move(comparison.changes);
+    std::vector<GameChange> &changes = comparison.changes;
+    std::stable_sort(changes.begin(), changes.end(), [](const GameChange &a, const GameChange &b) { return a.line < b.line; });
+    // A script that names the weapon otherwise hears of it once, not once for each statement.
+    std::set<std::string> weapons;
+    std::erase_if(changes, [&](const GameChange &change) {
+        return change.kind.starts_with(kWeaponKind) && !weapons.insert(change.kind).second;
+    });
+    return std::move(changes);
 }
 
 std::vector<GameChange> SaveChanges(std::string_view opened, std::string_view saved)

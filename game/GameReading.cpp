@@ -385,9 +385,9 @@ std::optional<Value> evaluate(const Expression &expression)
             value.kind = Value::Kind::Boolean;
             value.number = name == "true" ? 1 : 0;
         } else if (name != "nil") {
-            // Any other name is one the game's view records calls of.
+            // Any other name is one the game's view records calls of, under that name.
             value.kind = Value::Kind::Other;
-            value.text = "function";
+            value.text = name;
         }
         return value;
     }
@@ -461,6 +461,11 @@ ReadResult ReadGameScript(EditorDocument &document, std::string_view bytes, Game
     document.FamilyAccuracies.assign(1, FamilyAccuracy{});
     document.Weapon.intError = 0;
     document.bHasMiscValues = false;
+
+    // A value the script does not set is the same whatever was opened before: a fresh document's.
+    EditorDocument fresh;
+    for (const Slot &slot : slotTable())
+        std::visit([&](auto member) { fieldOf(document, member) = fieldOf(fresh, member); }, slot.member);
 
     const GameView::Run run = GameView::RunScript(bytes);
     if (!run.ok)

@@ -254,6 +254,19 @@ private:
         return -1;
     }
 
+    // The weapon as the script's StartWeaponConfig names it. New statements name it the same way,
+    // also where a statement they copy was written with another name by mistake.
+    std::string weaponName() const
+    {
+        const int start = lastStatement("StartWeaponConfig");
+        if (start >= 0) {
+            const Statement &statement = m_tree.statements[static_cast<std::size_t>(start)];
+            if (!statement.arguments.empty() && statement.arguments[0].value.kind == Expression::Kind::Name)
+                return statement.arguments[0].value.token.text;
+        }
+        return "NewWeaponType";
+    }
+
     void needStatement(std::string_view name)
     {
         if (std::find(m_missing.begin(), m_missing.end(), name) == m_missing.end())
@@ -573,6 +586,8 @@ private:
             tidy(statement->close);
             for (Token &semicolon : statement->semicolons)
                 tidy(semicolon);
+            Expression &weapon = statement->arguments[0].value;
+            weapon = valueExpression(Expression::Kind::Name, weaponName(), firstToken(weapon));
             replaceValue(statement->arguments[1].value, result.sCondition);
             replaceValue(statement->arguments[2].value, result.sEffect);
             replaceValue(statement->arguments[3].value, result.sTarget);
@@ -580,7 +595,7 @@ private:
             replaceValue(statement->arguments[5].value, result.fMaxEffect);
             replaceValue(statement->arguments[6].value, result.sSpawnedWeaponEffect);
         } else {
-            statement = statementFrom("AddWeaponResult(NewWeaponType," + quoted(result.sCondition) + ","
+            statement = statementFrom("AddWeaponResult(" + weaponName() + "," + quoted(result.sCondition) + ","
                                       + quoted(result.sEffect) + "," + quoted(result.sTarget) + ","
                                       + literal(result.fMinEffect) + "," + literal(result.fMaxEffect) + ","
                                       + quoted(result.sSpawnedWeaponEffect) + ")");
@@ -615,7 +630,7 @@ private:
     // for a family table, the families whose values changed.
     void addMissing(std::string_view name)
     {
-        std::string text = std::string(name) + "(NewWeaponType";
+        std::string text = std::string(name) + "(" + weaponName();
         for (const Slot &slot : slotTable())
             if (slot.statement == name)
                 std::visit([&](auto member) { text += "," + literal(get(m_document, member)); }, slot.member);

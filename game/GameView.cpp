@@ -93,6 +93,7 @@ int callLine(lua_State *L)
 }
 
 Value valueAt(lua_State *L, int index, int depth, std::size_t &recorded);
+int recorder(lua_State *L);
 
 void tableEntries(lua_State *L, int index, int depth, std::size_t &recorded, Value &table)
 {
@@ -154,6 +155,14 @@ Value valueAt(lua_State *L, int index, int depth, std::size_t &recorded)
     default:
         value.kind = Value::Kind::Other;
         value.text = lua_typename(L, lua_type(L, index));
+        // A global name the script never set, such as a misspelt NewWeaponType: its recorder holds it.
+        if (lua_tocfunction(L, index) == recorder && lua_getupvalue(L, index, 1)) {
+            std::size_t size = 0;
+            const char *name = lua_tolstring(L, -1, &size);
+            value.text.assign(name, size);
+            recorded += size;
+            lua_pop(L, 1);
+        }
         break;
     }
     return value;

@@ -18,7 +18,7 @@ struct Value
 
     Kind kind = Kind::Nil;
     double number = 0;   // Number; Boolean as 0 or 1
-    std::string text;    // Text; for Other the Lua type name ("function", ...)
+    std::string text;    // Text; for Other the global name it stands for, or the Lua type name ("table", ...)
     std::vector<Entry> entries; // Table
 
     // The value of a text key in a table, or nullptr.

@@ -164,8 +164,14 @@ void WepnEditor_Main::cmdApply_Click()
     const std::optional<std::size_t> i = selectedEntry(lstWeaponResults);
     if (!i)
         return;
-    const std::optional<WeaponResult> result = resultFromFields(*this);
-    if (!result || !document.applyResult(*i, *result))
+    std::optional<WeaponResult> result = resultFromFields(*this);
+    if (!result)
+        return;
+    // The window has no target field. A script read as the game does keeps each result's own
+    // target ("Owner" for a thruster that pushes its own ship); the editor's reading gives "Target".
+    if (m_gameScript && *i < document.WeaponResults.size())
+        result->sTarget = document.WeaponResults[*i].sTarget;
+    if (!document.applyResult(*i, *result))
         return;
     setListEntry(lstWeaponResults, document.lstWeaponResults, *i);
 }
@@ -175,9 +181,17 @@ void WepnEditor_Main::cmdRemove_Click()
     const std::optional<std::size_t> i = selectedEntry(lstWeaponResults);
     if (lstWeaponResults->count() == 0 || !i)
         return;
+    std::vector<WeaponResult> kept = document.WeaponResults;
     if (const std::optional<std::string> reason = document.removeResult(*i)) {
         dialogs().message(Latin1::toQString(*reason), QString());
         return;
+    }
+    // The table is built again from the entry texts, which hold no target: read as the game does,
+    // the results that stay keep their own.
+    if (m_gameScript && *i < kept.size()) {
+        kept.erase(kept.begin() + static_cast<std::ptrdiff_t>(*i));
+        for (std::size_t k = 0; k < kept.size() && k < document.WeaponResults.size(); ++k)
+            document.WeaponResults[k].sTarget = kept[k].sTarget;
     }
     refreshList(lstWeaponResults, document.lstWeaponResults);
 }

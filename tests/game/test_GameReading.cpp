@@ -80,12 +80,34 @@ INSTANTIATE_TEST_SUITE_P(
         Edit{"flak.wepn", "flak.result-added.wepn", [](EditorDocument &d) {
                  d.addResult({"Hit", "DamageHealth", "Target", 10, 20, ""});
                  d.fFiringArc = 30;
-             }}),
+             }},
+        // The copied last result names another variable by mistake; the new one names the weapon.
+        Edit{"stray-weapon.wepn", "stray-weapon.result-added.wepn",
+             [](EditorDocument &d) { d.addResult({"Hit", "Push", "Target", 5, 10, ""}); }}),
     [](const testing::TestParamInfo<Edit> &info) {
         std::string name = info.param.expected;
         std::replace_if(name.begin(), name.end(), [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); }, '_');
         return name;
     });
+
+// What a script does not set is what a fresh document holds, whatever the document held before.
+TEST(GameReading, ValuesTheScriptDoesNotSetDoNotCarryOverFromTheScriptOpenedBefore)
+{
+    Opened opened = open("setAngles(NewWeaponType,5,-180,180,-12,90)\nsetAccuracy(NewWeaponType,1)\n"
+                         "setPenetration(NewWeaponType,7,2)\nsetMiscValues(NewWeaponType,3,4)");
+    ASSERT_TRUE(opened.read.completed());
+    const std::string fixed = "StartWeaponConfig(NewWeaponType,\"Fixed\",\"Bullet\",\"FX\",\"Normal\",1,2,3,4,5,0,1,1,1,"
+                              "0.5,0,0,0,0,80,80,0.1,\"\",0,0,7)";
+    ASSERT_TRUE(GameReading::OpenGameScript(opened.document, fixed, opened.script).completed());
+    const EditorDocument &d = opened.document;
+    EXPECT_EQ((std::vector<double>{d.fFiringArc, d.fLeftRotation, d.fRightRotation, d.fDownRotation, d.fUpRotation,
+                                   d.fBarrelRecoil, d.fSlaveFireDelay, static_cast<double>(d.iDefaultAccuracy),
+                                   static_cast<double>(d.iFieldPenetration), d.fDefaultPenetration}),
+              std::vector<double>(10, 0));
+    opened.document.fFiringArc = 38;
+    EXPECT_EQ(GameReading::SaveGameScript(opened.script, opened.document).bytes,
+              fixed + "\r\nsetAngles(NewWeaponType,38,0,0,0,0)");
+}
 
 TEST(GameReading, ValuesTheDocumentCannotHoldAreKeptAndUnknownLuaIsToldOnOpen)
 {

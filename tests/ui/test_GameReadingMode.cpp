@@ -3,6 +3,7 @@
 #include "WindowFixture.h"
 
 #include <QLineEdit>
+#include <QPushButton>
 
 static const QString kGameData = QStringLiteral(VANTOREL_SOURCE_DIR "/tests/data/game/");
 
@@ -31,6 +32,31 @@ private slots:
         save(target);
         save(target);
         QCOMPARE(fileBytes(target), fileBytes(kGameData + QStringLiteral("stock.angle.wepn")));
+    }
+
+    // The fixed weapon sets no angles: the window shows a fresh window's, not the turret's opened
+    // before, and a save adds those. Apply keeps the result's own target.
+    void openShowsFreshValuesAndApplyKeepsTheTarget()
+    {
+        window->ReadAsGame->setChecked(true);
+        const QString turret = dir.filePath(QStringLiteral("Turret.wepn")), fixed = dir.filePath(QStringLiteral("Fixed.wepn"));
+        writeFile(turret, "setAngles(NewWeaponType,5,-180,180,-12,90)\nsetAccuracy(NewWeaponType,1)\n");
+        const QByteArray start = "StartWeaponConfig(NewWeaponType,\"Fixed\",\"Bullet\",\"FX\",\"Normal\",1,2,3,4,5,0,1,1,1,"
+                                 "0.5,0,0,0,0,80,80,0.1,\"\",0,0,7)\n";
+        writeFile(fixed, start + "AddWeaponResult(NewWeaponType,\"Hit\",\"Push\",\"Owner\",1,2,\"\")\n");
+        open(turret);
+        QCOMPARE(window->txtLeftRot->text(), QStringLiteral("-180"));
+        open(fixed);
+        for (QLineEdit *field : {window->txtFiringArc, window->txtLeftRot, window->txtRightRot, window->txtDownRot,
+                                 window->txtUpRot})
+            QCOMPARE(field->text(), QStringLiteral("0"));
+        window->txtFiringArc->setText(QStringLiteral("38"));
+        window->lstWeaponResults->setCurrentRow(0);
+        window->txtMinEffect->setText(QStringLiteral("3"));
+        window->cmdApply->click();
+        save(fixed);
+        QCOMPARE(fileBytes(fixed), start + "AddWeaponResult(NewWeaponType,\"Hit\",\"Push\",\"Owner\",3,2,\"\")\n"
+                                           "setAngles(NewWeaponType,38,0,0,0,0)\n");
     }
 
     void scriptWhoseTextCannotBeKeptIsNormalisedOnlyWhenTheUserAgrees()
