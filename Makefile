@@ -14,20 +14,23 @@ RUN_CONFIG := $(CURDIR)/$(BUILD)/run-config
 SAMPLE_DATA := $(CURDIR)/examples/Data
 LSAN_SUPPRESSIONS := $(CURDIR)/tests/lsan.supp
 
-.PHONY: all deps build run test test-sanitize fuzz bench clean
+.PHONY: all deps configure build run test test-sanitize fuzz bench clean
 
 all: build
 
 deps:
 	@tools/install-deps.sh
 
-build: deps
+configure: deps
 	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=Release -DVANTOREL_WERROR=$(WERROR) $(CMAKE_FLAGS)
+
+build: configure
 	cmake --build $(BUILD) -j$(JOBS)
 
 # The editor runs with a settings folder of its own whose data directory is the sample game data,
-# so the user's real settings are never touched.
-run: build
+# so the user's real settings are never touched. Only the editor is built for it.
+run: configure
+	cmake --build $(BUILD) -j$(JOBS) --target vantorel
 	@mkdir -p $(RUN_CONFIG)/Tarnwick
 	@[ -f $(RUN_CONFIG)/Tarnwick/Tarnwick.conf ] || \
 	  printf '[Directories]\nDecompiled_Data=%s\n' "$(SAMPLE_DATA)" > $(RUN_CONFIG)/Tarnwick/Tarnwick.conf

@@ -12,21 +12,43 @@
 
 #include <cstdio>
 
-int main(int argc, char *argv[])
-{
-    QApplication app(argc, argv);
-    QApplication::setApplicationName(Latin1::toQString(AppInfo::kTitle));
-    QApplication::setApplicationVersion(Latin1::toQString(AppInfo::versionText()));
-    QApplication::setWindowIcon(AppIcon::icon());
-    // Ties the windows to the installed .desktop entry (its icon and name in task bars).
-    QGuiApplication::setDesktopFileName(QStringLiteral("io.github.vantorel.Vantorel"));
+namespace {
 
-    QCommandLineParser parser;
+void describe(QCommandLineParser &parser)
+{
     parser.setApplicationDescription(QStringLiteral("Editor for the weapon scripts (.wepn) of the game Korvath."));
     parser.addHelpOption();
     parser.addVersionOption();
     parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("A .wepn script to open."),
                                  QStringLiteral("[FILE]"));
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication::setApplicationName(Latin1::toQString(AppInfo::kTitle));
+    QCoreApplication::setApplicationVersion(Latin1::toQString(AppInfo::versionText()));
+    {
+        // --help and --version print and end before the window system starts, so that they work
+        // on a terminal without a display. Qt's own options are unknown here and left for later.
+        QCoreApplication core(argc, argv);
+        QCommandLineParser parser;
+        describe(parser);
+        parser.parse(QCoreApplication::arguments());
+        if (parser.isSet(QStringLiteral("help")))
+            parser.showHelp(0);
+        if (parser.isSet(QStringLiteral("version")))
+            parser.showVersion();
+    }
+
+    QApplication app(argc, argv);
+    QApplication::setWindowIcon(AppIcon::icon());
+    // Ties the windows to the installed .desktop entry (its icon and name in task bars).
+    QGuiApplication::setDesktopFileName(QStringLiteral("io.github.vantorel.Vantorel"));
+
+    QCommandLineParser parser;
+    describe(parser);
     parser.process(app);
     if (parser.positionalArguments().size() > 1) {
         std::fputs("vantorel: one FILE at most (see vantorel --help)\n", stderr);

@@ -7,8 +7,8 @@
 const char *const kUsage =
     "Usage:\n"
     "  vantorel-cli normalize [--data-dir DIR] FILE\n"
-    "  vantorel-cli normalize --in-place [--split-hard-links] [--sync=HOW]\n"
-    "                         [--data-dir DIR] FILE...\n"
+    "  vantorel-cli normalize --in-place [--allow-changes] [--split-hard-links]\n"
+    "                         [--sync=HOW] [--data-dir DIR] FILE...\n"
     "  vantorel-cli check [--strict] [--data-dir DIR] FILE...\n"
     "  vantorel-cli --help | --version\n"
     "\n"
@@ -22,6 +22,8 @@ const char *const kUsage =
     "  --data-dir DIR        the game's data directory; else the editor's stored\n"
     "                        setting, else its default\n"
     "  --in-place            normalize: rewrite the FILEs instead of printing\n"
+    "  --allow-changes       --in-place: also rewrite scripts whose save changes what\n"
+    "                        the game reads (left as they are and reported without)\n"
     "  --split-hard-links    --in-place: also rewrite a script with other hard links\n"
     "                        (they keep the old text)\n"
     "  --sync=HOW            --in-place: how new files reach the disk before they\n"
@@ -34,7 +36,8 @@ const char *const kUsage =
     "                        normalize writes the input's own bytes, check reports\n"
     "                        only what a save in that mode would change\n"
     "  --read=editor         read the editor's dialect, save the normalised form\n"
-    "                        (the default)\n"
+    "                        (the default, unless the editor's stored setting reads\n"
+    "                        scripts as the game does)\n"
     "  -h, --help            show this help\n"
     "  --version             show the version\n"
     "\n"
@@ -89,6 +92,9 @@ CommandLine ParseCommandLine(const std::vector<std::string> &arguments)
             line.strict = true;
         } else if (argument == "--read=editor" || argument == "--read=game") {
             line.reading = argument == "--read=game" ? CommandLine::Reading::Game : CommandLine::Reading::Editor;
+            line.readingGiven = true;
+        } else if (argument == "--allow-changes" && line.command == CommandLine::Command::Normalize) {
+            line.allowChanges = true;
         } else if (argument == "--split-hard-links" && line.command == CommandLine::Command::Normalize) {
             line.splitHardLinks = true;
         } else if (argument.starts_with("--sync=") && line.command == CommandLine::Command::Normalize) {

@@ -22,6 +22,13 @@ struct CommandLine
     // (saved in their own text). --read=editor or --read=game.
     enum class Reading { Editor, Game };
     Reading reading = Reading::Editor;
+    // Whether --read was given; else the editor's stored setting decides.
+    bool readingGiven = false;
+    // Where a reading that was not given came from, for messages about scripts it cannot read;
+    // empty when --read was given or the default holds.
+    std::string readingOrigin;
+    // normalize --in-place: also rewrite scripts whose save changes what the game reads.
+    bool allowChanges = false;
     // --in-place: rewrite a script that has other hard links as well.
     bool splitHardLinks = false;
     // --in-place: how new files reach the disk. --sync=each, --sync=shared or --sync=auto.

@@ -9,6 +9,7 @@
 #include "GameReading.h"
 #include "Output.h"
 #include "PathText.h"
+#include "ReadingSetting.h"
 #include "ScriptWriter.h"
 #include "TextPieces.h"
 
@@ -96,6 +97,19 @@ DataDirectory dataDirectory(const CommandLine &commandLine)
                       + "); give one with --data-dir DIR."};
 }
 
+void storedReading(CommandLine &commandLine)
+{
+    if (commandLine.readingGiven)
+        return;
+    const auto settings = DataDirectorySetting::userSettings();
+    if (!ReadingSetting::load(*settings))
+        return;
+    commandLine.reading = CommandLine::Reading::Game;
+    commandLine.readingOrigin = " (read as the game does, as the editor's stored setting in "
+                                + PathText::toBytes(settings->fileName())
+                                + " says; --read=editor reads the editor's dialect)";
+}
+
 bool loadFamilies(const DataDirectory &dataDir, FamilyList &families)
 {
     const GamePaths::Paths paths = GamePaths::derive(dataDir.path);
@@ -117,9 +131,10 @@ bool loadFamilies(const DataDirectory &dataDir, FamilyList &families)
 }
 
 std::optional<std::string> normalise(const std::string &path, const FamilyList &families, std::string &bytes,
-                                     std::string &text, CommandLine::Reading reading, AtomicFile::Seen &seen,
+                                     std::string &text, const CommandLine &commandLine, AtomicFile::Seen &seen,
                                      bool keep)
 {
+    const CommandLine::Reading reading = commandLine.reading;
     if (const auto error = readInput(path, bytes, seen, keep))
         return location(path, 0) + "error: " + *error;
     EditorDocument document;
@@ -128,7 +143,7 @@ std::optional<std::string> normalise(const std::string &path, const FamilyList &
     const bool game = reading == CommandLine::Reading::Game;
     const ReadResult result = game ? GameReading::OpenGameScript(document, bytes, script) : OpenEditorScript(document, bytes);
     if (!result.completed())
-        return location(path, result.line) + "error: " + result.reason;
+        return location(path, result.line) + "error: " + result.reason + commandLine.readingOrigin;
     text = game ? GameReading::SaveGameScript(script, document).bytes : WeaponScriptText(document);
     return std::nullopt;
 }

@@ -30,6 +30,9 @@ struct DataDirectory
 
 DataDirectory dataDirectory(const CommandLine &commandLine);
 
+// Without --read, the reading the editor's stored setting chooses, as the editor's Open reads.
+void storedReading(CommandLine &commandLine);
+
 // The same checks and the same reading as the editor's Open before it asks for a script.
 bool loadFamilies(const DataDirectory &dataDir, FamilyList &families);
 
@@ -37,7 +40,7 @@ bool loadFamilies(const DataDirectory &dataDir, FamilyList &families);
 // the reason, in the FILE:LINE: form, when the script cannot be read or opened.
 // Read as the game reads it, the script saves its own text, so the output is the input's bytes.
 std::optional<std::string> normalise(const std::string &path, const FamilyList &families, std::string &bytes,
-                                     std::string &text, CommandLine::Reading reading, AtomicFile::Seen &seen,
+                                     std::string &text, const CommandLine &commandLine, AtomicFile::Seen &seen,
                                      bool keep = false);
 
 } // namespace Inputs

@@ -65,15 +65,15 @@ int runCheck(const CommandLine &commandLine, const std::vector<std::string> &scr
                                            : CheckWeaponScript(bytes, families.armourFamilies, families.attackFamilies)) {
             readable = readable && !finding.error;
             ++(finding.error ? errors : warnings);
-            report += location(path, finding.line) + (finding.error ? "error: " : "warning: ") + finding.message + '\n';
+            report += location(path, finding.line) + (finding.error ? "error: " : "warning: ") + finding.message
+                      + (finding.error ? commandLine.readingOrigin : std::string()) + '\n';
         }
         if (!report.empty())
             progress.clear();
         std::fwrite(report.data(), 1, report.size(), stdout);
-        if (!readable) {
-            failure("vantorel-cli: " + shownName(path) + ": the editor cannot open this script");
+        // A script the editor cannot read is its error finding: reported once, on standard output.
+        if (!readable)
             status = kExitFailure;
-        }
     }
     progress.clear();
     if (std::fflush(stdout) != 0) {

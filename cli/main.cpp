@@ -19,7 +19,7 @@ using Output::printLine;
 
 int main(int argc, char **argv)
 {
-    const CommandLine commandLine = ParseCommandLine(std::vector<std::string>(argv + 1, argv + argc));
+    CommandLine commandLine = ParseCommandLine(std::vector<std::string>(argv + 1, argv + argc));
     // A file size limit then fails the write with a message instead of ending the program.
     ::signal(SIGXFSZ, SIG_IGN);
     if (commandLine.bare) {
@@ -53,6 +53,7 @@ int main(int argc, char **argv)
         return kExitUsage;
     }
 
+    Inputs::storedReading(commandLine);
     FamilyList families;
     if (!Inputs::loadFamilies(Inputs::dataDirectory(commandLine), families))
         return kExitFailure;

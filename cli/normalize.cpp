@@ -3,6 +3,7 @@
 // rewritten in place.
 #include "AtomicFile.h"
 #include "Commands.h"
+#include "GameCompare.h"
 #include "Inputs.h"
 #include "Output.h"
 #include "Progress.h"
@@ -26,11 +27,11 @@ using Output::location;
 
 namespace {
 
-int normaliseToOutput(const std::string &path, const FamilyList &families, CommandLine::Reading reading)
+int normaliseToOutput(const std::string &path, const FamilyList &families, const CommandLine &commandLine)
 {
     std::string bytes, text;
     AtomicFile::Seen seen;
-    if (const auto error = normalise(path, families, bytes, text, reading, seen)) {
+    if (const auto error = normalise(path, families, bytes, text, commandLine, seen)) {
         failure(*error);
         return kExitFailure;
     }
@@ -53,8 +54,7 @@ constexpr int kThreads = 8;
 
 // On SIGINT or SIGTERM no new slice is started, the slices in hand are finished, and the run ends
 // with a message, by the same signal.
-int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &families, CommandLine::Reading reading,
-                     bool splitHardLinks, AtomicFile::SyncMethod sync)
+int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &families, const CommandLine &commandLine)
 {
     struct sigaction action {};
     action.sa_handler = onStopSignal;
@@ -80,7 +80,7 @@ int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &
     Progress progress(scripts.size());
     // Only the first thread draws the progress line.
     const auto work = [&](bool drawsProgress) {
-        AtomicFile::Batch batch(sync);
+        AtomicFile::Batch batch(commandLine.sync);
         std::string bytes, text;
         AtomicFile::Seen seen;
         std::vector<std::size_t> staged;
@@ -93,13 +93,20 @@ int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &
             staged.clear();
             for (std::size_t i = first; i < last; ++i) {
                 const std::string &path = scripts[i];
-                if ((errors[i] = normalise(path, families, bytes, text, reading, seen, true)))
+                if ((errors[i] = normalise(path, families, bytes, text, commandLine, seen, true)))
                     continue;
                 handles.push_back(seen.handle);
                 // A script already in normalised form keeps its file and its modification time.
                 if (text == bytes)
                     continue;
-                if (seen.links > 1 && !splitHardLinks)
+                if (!commandLine.allowChanges) {
+                    if (const std::vector<GameChange> changes = SaveChanges(bytes, text); !changes.empty()) {
+                        errors[i] = location(path, changes.front().line) + "error: left as it is: "
+                                    + changes.front().message + " (--allow-changes rewrites it all the same)";
+                        continue;
+                    }
+                }
+                if (seen.links > 1 && !commandLine.splitHardLinks)
                     errors[i] = location(path, 0) + "error: Cannot save " + AtomicFile::quoted(path) + ": it has "
                                 + std::to_string(seen.links)
                                 + " hard links, which a rewrite would split (--split-hard-links allows it)";
@@ -156,6 +163,6 @@ int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &
 int runNormalize(const CommandLine &commandLine, const std::vector<std::string> &scripts, const FamilyList &families)
 {
     if (commandLine.inPlace)
-        return normaliseInPlace(scripts, families, commandLine.reading, commandLine.splitHardLinks, commandLine.sync);
-    return normaliseToOutput(scripts.front(), families, commandLine.reading);
+        return normaliseInPlace(scripts, families, commandLine);
+    return normaliseToOutput(scripts.front(), families, commandLine);
 }

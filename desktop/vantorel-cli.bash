@@ -15,7 +15,7 @@ _vantorel_cli()
     if [[ $cur == -* ]]; then
         local options='--data-dir --read=game --read=editor --help'
         case ${words[1]} in
-            normalize) options+=' --in-place --split-hard-links --sync=auto --sync=each --sync=shared' ;;
+            normalize) options+=' --in-place --allow-changes --split-hard-links --sync=auto --sync=each --sync=shared' ;;
             check) options+=' --strict' ;;
         esac
         COMPREPLY=($(compgen -W "$options" -- "$cur"))

@@ -42,6 +42,25 @@ std::string shown(std::string_view text)
     return quoted;
 }
 
+// A table is read from the lines after its statement up to the first ")"; a table on the
+// statement's own line is not read, and the scan runs on into the next statement. A line it cannot
+// read there fails with words that say so, and where to find a reading that takes such scripts.
+template<typename ReadLine>
+void tableLine(std::size_t start, std::size_t index, std::string_view statement, const std::string &line,
+               ReadLine readLine)
+{
+    try {
+        readLine();
+    } catch (const LineFailure &) {
+        if (index == start || line.find('(') == std::string::npos)
+            throw;
+        fail(index, std::string(statement) + " table runs on into another statement: " + shown(line)
+                        + ". The editor reads a table from the lines after its statement up to the first ')', "
+                          "so a table on the statement's own line is not read; Settings > Read Scripts as the "
+                          "Game Does reads such scripts.");
+    }
+}
+
 // Asks the game only when one was given; without one, a piece that is no number fails the read.
 class GameFallback
 {
@@ -299,13 +318,15 @@ void penetrationPass(EditorDocument &document, GameFallback &game)
             const bool tableEnds = line.find(')') != std::string_view::npos;
             const std::size_t equals = line.find('=');
             if (equals != std::string_view::npos) {
-                std::string_view value = line.substr(equals + 1);
-                value = value.substr(0, value.find('='));
-                FamilyPenetration &record = records.back();
-                record.sFamily = StripTableChars(line.substr(0, equals));
-                record.fPenetration = realFrom(StripTableChars(value), i,
-                                               "setPenetration value of family " + shown(record.sFamily),
-                                               [&] { return game.family(start, "setpenetration", record.sFamily); });
+                tableLine(start, i, "setPenetration", lines[i], [&] {
+                    std::string_view value = line.substr(equals + 1);
+                    value = value.substr(0, value.find('='));
+                    FamilyPenetration &record = records.back();
+                    record.sFamily = StripTableChars(line.substr(0, equals));
+                    record.fPenetration = realFrom(StripTableChars(value), i,
+                                                   "setPenetration value of family " + shown(record.sFamily),
+                                                   [&] { return game.family(start, "setpenetration", record.sFamily); });
+                });
             }
             lines[i].clear();
             if (tableEnds)
@@ -379,8 +400,11 @@ void accuracyPass(EditorDocument &document, GameFallback &game)
         std::vector<FamilyAccuracy> &records = document.FamilyAccuracies;
         for (std::size_t i = start; i < lines.size(); ++i) {
             const bool tableEnds = lines[i].find(')') != std::string::npos;
-            const bool entry = accuracyTableLine(lines[i], i, records, [&](const std::string &family, bool damage) {
-                return game.family(start, "setaccuracy", family, damage);
+            bool entry = false;
+            tableLine(start, i, "setAccuracy", lines[i], [&] {
+                entry = accuracyTableLine(lines[i], i, records, [&](const std::string &family, bool damage) {
+                    return game.family(start, "setaccuracy", family, damage);
+                });
             });
             lines[i].clear();
             if (tableEnds)

@@ -137,6 +137,10 @@ TEST(ScriptReaderTest, FailedReadNamesTheLineTheStatementAndTheText)
          "Line 4: setAccuracy damage flag of family 'Beta' is not a number: 'x'"},
         {"setAccuracy(x,1,\n{Alpha=1,},\n{Beta=1,\ndamage})",
          "Line 4: setAccuracy damage line needs damage=flag before its first comma: 'damage})'"},
+        {"setPenetration(x,1,1,{Alpha=1})\nsetAccuracy(x,1,{Alpha=0.25},{Beta=0.5})",
+         "Line 2: setPenetration table runs on into another statement: 'setAccuracy(x,1,{Alpha=0.25},{Beta=0.5})'. "
+         "The editor reads a table from the lines after its statement up to the first ')', so a table on the "
+         "statement's own line is not read; Settings > Read Scripts as the Game Does reads such scripts."},
         {"setPenetration(" + std::string(70, 'P'),
          "Line 1: setPenetration needs the shield penetration after the weapon name: 'setPenetration("
          + std::string(45, 'P') + "...'"}};
