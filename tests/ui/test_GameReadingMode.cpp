@@ -35,7 +35,7 @@ private slots:
     }
 
     // The fixed weapon sets no angles: the window shows a fresh window's, not the turret's opened
-    // before, and a save adds those. Apply keeps the result's own target.
+    // before, and a save adds those. Remove and Apply keep the results' own targets.
     void openShowsFreshValuesAndApplyKeepsTheTarget()
     {
         window->ReadAsGame->setChecked(true);
@@ -43,7 +43,8 @@ private slots:
         writeFile(turret, "setAngles(NewWeaponType,5,-180,180,-12,90)\nsetAccuracy(NewWeaponType,1)\n");
         const QByteArray start = "StartWeaponConfig(NewWeaponType,\"Fixed\",\"Bullet\",\"FX\",\"Normal\",1,2,3,4,5,0,1,1,1,"
                                  "0.5,0,0,0,0,80,80,0.1,\"\",0,0,7)\n";
-        writeFile(fixed, start + "AddWeaponResult(NewWeaponType,\"Hit\",\"Push\",\"Owner\",1,2,\"\")\n");
+        writeFile(fixed, start + "AddWeaponResult(NewWeaponType,\"Hit\",\"DamageHealth\",\"Target\",10,20,\"\")\n"
+                                 "AddWeaponResult(NewWeaponType,\"Hit\",\"Push\",\"Owner\",1,2,\"\")\n");
         open(turret);
         QCOMPARE(window->txtLeftRot->text(), QStringLiteral("-180"));
         open(fixed);
@@ -51,6 +52,8 @@ private slots:
                                  window->txtUpRot})
             QCOMPARE(field->text(), QStringLiteral("0"));
         window->txtFiringArc->setText(QStringLiteral("38"));
+        window->lstWeaponResults->setCurrentRow(0);
+        window->cmdRemove->click();
         window->lstWeaponResults->setCurrentRow(0);
         window->txtMinEffect->setText(QStringLiteral("3"));
         window->cmdApply->click();
