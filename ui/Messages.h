@@ -77,6 +77,32 @@ inline QString familiesOutOfStep()
                           "misplace them. Open the script again, then save.");
 }
 
+// Before a save over the script that was read or last saved, when another program changed it since.
+inline QString changedOnDisk(const QString &path)
+{
+    return QStringLiteral("'") + path
+           + QStringLiteral("' was changed on disk after the editor read it. Saving replaces those changes with "
+                            "the window's values.\n\nReplace it anyway?");
+}
+
+// Next to a number field whose key filter dropped a typed character.
+inline QString wholeNumbersOnly()
+{
+    return QStringLiteral("Whole numbers only: this field takes the digits 0 to 9.");
+}
+
+inline QString numbersOnly()
+{
+    return QStringLiteral("Numbers only: digits, a point, a sign and an exponent (1.5E-2).");
+}
+
+// Said once, after wholeNumbersOnly: where decimals and signs can be typed.
+inline QString wholeNumbersHint()
+{
+    return QStringLiteral("For decimals and signs, choose Settings > Read Scripts as the Game Does and open the "
+                          "script again.");
+}
+
 inline QString savedTo(const QString &path)
 {
     return QStringLiteral("Successfully saved to '") + path + QLatin1Char('\'');

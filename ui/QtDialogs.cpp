@@ -42,6 +42,28 @@ bool QtDialogs::confirm(const QString &text, const QString &title)
     return box.exec() == QMessageBox::Yes;
 }
 
+bool QtDialogs::noticeOfferingGameReading(const QString &text)
+{
+    QMessageBox box(QMessageBox::NoIcon, Latin1::toQString(AppInfo::kTitle), text, QMessageBox::Ok,
+                    QApplication::activeWindow());
+    QPushButton *reopen = box.addButton(readAsGameButtonText(), QMessageBox::ActionRole);
+    box.setDefaultButton(QMessageBox::Ok);
+    box.exec();
+    return box.clickedButton() == reopen;
+}
+
+bool QtDialogs::replaceChangedFile(const QString &text)
+{
+    QMessageBox box(QMessageBox::Warning, Latin1::toQString(AppInfo::kTitle), text, QMessageBox::NoButton,
+                    QApplication::activeWindow());
+    QPushButton *replace = box.addButton(QStringLiteral("&Replace"), QMessageBox::DestructiveRole);
+    QPushButton *cancel = box.addButton(QMessageBox::Cancel);
+    box.setDefaultButton(cancel);
+    box.setEscapeButton(cancel);
+    box.exec();
+    return box.clickedButton() == replace;
+}
+
 std::optional<QString> QtDialogs::openFile(const QString &folder, const QString &filter,
                                            const QString &initialName)
 {
@@ -70,7 +92,7 @@ Dialogs::SaveChoice QtDialogs::askSaveChanges(const QString &text)
     QMessageBox box(QMessageBox::Warning, Latin1::toQString(AppInfo::kTitle), text, QMessageBox::NoButton,
                     QApplication::activeWindow());
     QPushButton *save = box.addButton(QStringLiteral("&Save As..."), QMessageBox::AcceptRole);
-    QPushButton *discard = box.addButton(QMessageBox::Discard);
+    QPushButton *discard = box.addButton(QStringLiteral("&Discard"), QMessageBox::DestructiveRole);
     QPushButton *cancel = box.addButton(QMessageBox::Cancel);
     box.setDefaultButton(save);
     box.setEscapeButton(cancel);

@@ -134,6 +134,7 @@ void WepnEditor_Main::openChosenScript(const QString &path)
         dialogs().message(PathText::toQString(*unreadable), {});
         return abandon();
     }
+    rememberOnDisk(bytes);
     // Read as the game reads it, the script's text stays beside the document, to be saved in place.
     m_gameScript.reset();
     auto gameScript = std::make_unique<GameReading::GameScript>();
@@ -195,25 +196,49 @@ void WepnEditor_Main::openChosenScript(const QString &path)
     for (QLineEdit *rotation : {txtLeftRot, txtRightRot, txtUpRot, txtDownRot})
         rotation->setEnabled(turret);
     // Read as the game reads it, a save keeps the script's text: it changes nothing unasked.
-    if (!m_gameScript)
-        warnOfSaveChanges(bytes);
+    if (m_gameScript || !warnOfSaveChanges(bytes))
+        return;
+    // The user chose the reading that keeps the script's text: the setting, then the same Open.
+    ReadAsGame->setChecked(true);
+    if (prepareOpen())
+        openChosenScript(path);
+    else
+        openFailed();
+}
+
+void WepnEditor_Main::rememberOnDisk(const std::string &bytes)
+{
+    m_onDiskPath = document.strWEPNFile;
+    m_onDiskBytes = bytes;
+}
+
+bool WepnEditor_Main::changedOnDisk(const std::string &path) const
+{
+    if (m_onDiskPath.empty())
+        return false;
+    const QFileInfo target(PathText::toQString(path)), known(PathText::toQString(m_onDiskPath));
+    if (!target.exists() || target.canonicalFilePath() != known.canonicalFilePath())
+        return false;
+    if (target.size() != static_cast<qint64>(m_onDiskBytes.size()))
+        return true;
+    std::string bytes;
+    return AtomicFile::read(path, bytes) || bytes != m_onDiskBytes;
 }
 
 // A mod author must never overwrite a script without knowing that the editor's save would change
 // what the game reads from it: the script as read against what a save without edits writes.
-void WepnEditor_Main::warnOfSaveChanges(const std::string &bytes)
+bool WepnEditor_Main::warnOfSaveChanges(const std::string &bytes)
 {
     constexpr std::size_t kListed = 10;
     const std::vector<GameChange> changes = SaveChanges(bytes, WeaponScriptText(document));
     if (changes.empty())
-        return;
+        return false;
     QStringList listed;
     for (std::size_t i = 0; i < changes.size() && i < kListed; ++i)
         listed << (changes[i].line > 0 ? QStringLiteral("Line %1: ").arg(changes[i].line) : QStringLiteral("Whole file: "))
                       + Latin1::toQString(changes[i].message);
-    dialogs().message(Messages::saveChangesWhatTheGameReads(PathText::toQString(document.strWEPNFile), listed,
-                                                            static_cast<int>(changes.size() - listed.size())),
-                      {});
+    return dialogs().noticeOfferingGameReading(Messages::saveChangesWhatTheGameReads(
+        PathText::toQString(document.strWEPNFile), listed, static_cast<int>(changes.size() - listed.size())));
 }
 
 void WepnEditor_Main::Save_Click()
@@ -239,6 +264,10 @@ void WepnEditor_Main::Save_Click()
 
     document.strWEPNFile = PathText::toBytes(*chosen);
     setWindowTitle(documentCaption(FSO, document.strWEPNFile));
+    // Another program's edit of the script since it was read is not undone without a word.
+    if (changedOnDisk(document.strWEPNFile)
+        && !dialogs().replaceChangedFile(Messages::changedOnDisk(PathText::toQString(document.strWEPNFile))))
+        return restore();
 
     if (std::optional<QString> refusal = CollectDocument()) {
         dialogs().message(*refusal, {});
@@ -269,6 +298,11 @@ void WepnEditor_Main::Save_Click()
         dialogs().message(PathText::toQString(*problem), {});
         return restore();
     }
+    // What was written is what a later change on disk is told apart from.
+    if (std::string saved; !AtomicFile::read(document.strWEPNFile, saved))
+        rememberOnDisk(saved);
+    else
+        m_onDiskPath.clear();
     bModified = false;
     dialogs().message(Messages::savedTo(PathText::toQString(document.strWEPNFile)), {});
 }

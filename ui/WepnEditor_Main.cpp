@@ -34,6 +34,8 @@
 #include <QPushButton>
 #include <QStyleOptionGroupBox>
 #include <QStylePainter>
+#include <QTimer>
+#include <QToolTip>
 #include <QSettings>
 
 #include <limits>
@@ -545,6 +547,20 @@ void WepnEditor_Main::buildForm()
     for (std::size_t i = 1; i < tabOrder.size(); ++i)
         setTabOrder(tabOrder[i - 1], tabOrder[i]);
 
+    lblNumberHint = new QLabel(client);
+    lblNumberHint->setObjectName(QStringLiteral("lblNumberHint"));
+    lblNumberHint->setWordWrap(true);
+    lblNumberHint->setFixedWidth(px(3975));
+    lblNumberHint->setFrameShape(QFrame::Box);
+    lblNumberHint->setMargin(3);
+    lblNumberHint->setAutoFillBackground(true);
+    lblNumberHint->setPalette(QToolTip::palette());
+    lblNumberHint->hide();
+    m_hintTimer = new QTimer(this);
+    m_hintTimer->setSingleShot(true);
+    m_hintTimer->setInterval(6000);
+    connect(m_hintTimer, &QTimer::timeout, lblNumberHint, &QWidget::hide);
+
     auto find = [this]<typename T>(T *&member, std::string_view name) {
         member = qobject_cast<T *>(control(name));
         Q_ASSERT(member);
@@ -687,6 +703,9 @@ bool WepnEditor_Main::eventFilter(QObject *watched, QEvent *event)
         txtMaxEffect_KeyPress(KeyAscii);
     else if (watched == txtPenetration)
         txtPenetration_KeyPress(KeyAscii);
+    // A printable character the filter dropped; dropped control keys (Enter, Ctrl+V) say nothing.
+    if (KeyAscii == 0 && *typed >= 32)
+        showNumberHint(static_cast<QLineEdit *>(watched));
     return KeyAscii == 0;
 }
 

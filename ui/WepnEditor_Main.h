@@ -26,6 +26,7 @@ class QLineEdit;
 class QListWidget;
 class QPushButton;
 class QSettings;
+class QTimer;
 class frmDecompiledDataDir;
 namespace GameReading {
 struct GameScript;
@@ -78,6 +79,8 @@ public:
     // The field labels in the order they are built (objectNames lblML_0, lblML_1, ...).
     std::vector<QLabel *> lblML;
     QLabel *lblBurstShots = nullptr;
+    // Shown next to a number field for a moment when its key filter drops a typed character.
+    QLabel *lblNumberHint = nullptr;
 
     QListWidget *lstWeaponResults = nullptr;
     QComboBox *cboCondition = nullptr;
@@ -134,8 +137,13 @@ public:
     bool LoadWeaponEffects();
     bool LoadFamilyList();
     // After a complete Open: tells the user what a save without edits would change in what the
-    // game reads from the script, if anything.
-    void warnOfSaveChanges(const std::string &bytes);
+    // game reads from the script, if anything. True when the user chose to read it as the game does.
+    bool warnOfSaveChanges(const std::string &bytes);
+    // Whether the open script was read as the game reads it (then it is saved in its own text).
+    bool readsAsTheGame() const { return m_gameScript != nullptr; }
+    // Whether the file at path is the script as it was read or last saved, changed since by another
+    // program (the bytes differ; a file that is gone has nothing to lose).
+    bool changedOnDisk(const std::string &path) const;
     // The command line's and a drop's Open: the same checks, family lists and read as File > Open
     // with the path in place of the dialog's answer. False when nothing was read in.
     bool OpenPath(const QString &path);
@@ -199,6 +207,9 @@ private:
     bool prepareOpen();
     void openFailed();
     void openChosenScript(const QString &path);
+    // The script's path and bytes as read or last saved, to tell a later change by another program.
+    void rememberOnDisk(const std::string &bytes);
+    void showNumberHint(QLineEdit *field);
     void setDataDirectory(const std::string &dataDir);
     void buildForm();
     void buildMenus();
@@ -211,4 +222,9 @@ private:
     QHash<QString, QString> m_labels;
     // Beside the document when the script was opened as the game reads it: its text, to save in place.
     std::unique_ptr<GameReading::GameScript> m_gameScript;
+    std::string m_onDiskPath;
+    std::string m_onDiskBytes;
+    // Where decimals can be typed is told once per window.
+    bool m_toldWhereDecimals = false;
+    QTimer *m_hintTimer = nullptr;
 };

@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: MIT
+// What keeps a mod author's work and values safe in the window: the number fields in each reading
+// mode, the question before a save over a script changed on disk, the notice's way to the game
+// reading, undo and redo, and recent scripts. All questions are answered through the dialog seam.
+#include "WindowFixture.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+
+// Records the questions these features add ("notice: ...", "replace? ...") with the messages.
+class AnsweringDialogs : public ScriptedDialogs
+{
+public:
+    QQueue<bool> reopen, replace;
+    bool noticeOfferingGameReading(const QString &text) override
+    {
+        message(QStringLiteral("notice: ") + text, {});
+        return !reopen.isEmpty() && reopen.dequeue();
+    }
+    bool replaceChangedFile(const QString &text) override
+    {
+        message(QStringLiteral("replace? ") + text, {});
+        return !replace.isEmpty() && replace.dequeue();
+    }
+};
+
+static const QByteArray kScript = "StartWeaponConfig(NewWeaponType,\"Fixed\",\"Bullet\",\"Sparks\",\"Normal\",3,4,0,0,0,2,8,"
+                                  "1,0,9,10,12,5,1,13,14,15,\"\",0,0,0)\r\n"
+                                  "AddWeaponResult(NewWeaponType,\"Hit\",\"DamageHealth\",\"Target\",1,2,\"\")\r\n"
+                                  "setAngles(NewWeaponType,18,19,20,21,22)\r\n";
+
+class TestEditorAids : public WindowTest
+{
+    Q_OBJECT
+
+    AnsweringDialogs *answering = nullptr;
+    QString script;
+
+    // A window over the samples with the answering dialogs, the script above in a file of its own,
+    // opened in the given reading mode. The messages of the Open are kept in opened.
+    QStringList opened;
+    void openScript(bool asTheGameDoes, const QByteArray &bytes = kScript)
+    {
+        startWindow(true, true);
+        auto replaced = std::make_unique<AnsweringDialogs>();
+        dialogs = answering = replaced.get();
+        window = std::make_unique<WepnEditor_Main>(*settings, std::move(replaced));
+        window->Form_Load();
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        window->ReadAsGame->setChecked(asTheGameDoes);
+        script = dir.filePath(QStringLiteral("Gun.wepn"));
+        writeFile(script, bytes);
+        open(script);
+        QCOMPARE(window->readsAsTheGame(), asTheGameDoes);
+        opened = dialogs->messages;
+        dialogs->messages.clear();
+    }
+
+private slots:
+    void numberFields_data()
+    {
+        QTest::addColumn<bool>("game");
+        QTest::addColumn<QString>("kept");
+        QTest::addColumn<QString>("hint");
+        QTest::newRow("editor") << false << "0751"
+                                << "Whole numbers only: this field takes the digits 0 to 9.\nFor decimals and signs, "
+                                   "choose Settings > Read Scripts as the Game Does and open the script again.";
+        QTest::newRow("game") << true << "-0.75e1" << "Numbers only: digits, a point, a sign and an exponent (1.5E-2).";
+    }
+    // Each mode's filter on the three fields; a dropped character is shown next to the field.
+    void numberFields()
+    {
+        QFETCH(bool, game);
+        QFETCH(QString, kept);
+        QFETCH(QString, hint);
+        openScript(game);
+        QVERIFY(window->lblNumberHint->isHidden());
+        for (QLineEdit *field : {window->txtMinEffect, window->txtMaxEffect, window->txtPenetration}) {
+            field->clear();
+            QTest::keyClicks(field, QStringLiteral("x"));
+            QVERIFY(!window->lblNumberHint->isHidden());
+            // Where decimals can be typed is said once.
+            QCOMPARE(window->lblNumberHint->text(), field == window->txtMinEffect ? hint : hint.section(QLatin1Char('\n'), 0, 0));
+            QTest::keyClicks(field, QStringLiteral("-0.75e1x"));
+            QCOMPARE(field->text(), kept);
+        }
+        QVERIFY(dialogs->messages.isEmpty());
+        // What the game reads is applied; what is no number is still refused.
+        window->txtMinEffect->setText(kept);
+        window->cmdAdd->click();
+        QCOMPARE(window->lstWeaponResults->item(1)->text(),
+                 game ? QStringLiteral("Hit - DamageHealth - -7.5 - -7.5 - ") : QStringLiteral("Hit - DamageHealth - 751 - 751 - "));
+        window->txtMinEffect->setText(QStringLiteral("1e"));
+        window->cmdAdd->click();
+        QCOMPARE(dialogs->messages, QStringList{QStringLiteral("\"Minimum Effect\" must hold a number, not \"1e\". Nothing was changed.")});
+        QCOMPARE(window->lstWeaponResults->count(), 2);
+    }
+
+    void changedOnDisk_data()
+    {
+        QTest::addColumn<bool>("game");
+        QTest::newRow("editor") << false;
+        QTest::newRow("game") << true;
+    }
+    // Saving over the opened script asks when another program changed it; another target does not.
+    void changedOnDisk()
+    {
+        QFETCH(bool, game);
+        openScript(game);
+        window->txtFiringArc->setText(QStringLiteral("30"));
+        save(script); // unchanged on disk: saved without a question
+        QCOMPARE(dialogs->messages, QStringList{QStringLiteral("Successfully saved to '%1'").arg(script)});
+        const QByteArray edited = fileBytes(script).replace("30,19", "31,19");
+        writeFile(script, edited);
+        dialogs->messages.clear();
+        const auto question = [](const QString &path) {
+            return QStringLiteral("replace? '%1' was changed on disk after the editor read it. Saving replaces those "
+                                  "changes with the window's values.\n\nReplace it anyway?").arg(path);
+        };
+        save(script);
+        QCOMPARE(dialogs->messages, QStringList{question(script)});
+        QCOMPARE(fileBytes(script), edited);
+        save(dir.filePath(QStringLiteral("Other.wepn")));
+        QCOMPARE(dialogs->messages.last(), QStringLiteral("Successfully saved to '%1'").arg(dir.filePath(QStringLiteral("Other.wepn"))));
+        dialogs->messages.clear();
+        writeFile(dir.filePath(QStringLiteral("Other.wepn")), "-- changed\r\n");
+        answering->replace.enqueue(true);
+        save(dir.filePath(QStringLiteral("Other.wepn")));
+        QCOMPARE(dialogs->messages, (QStringList{question(dir.filePath(QStringLiteral("Other.wepn"))),
+                                                 QStringLiteral("Successfully saved to '%1'").arg(dir.filePath(QStringLiteral("Other.wepn")))}));
+        QVERIFY(fileBytes(dir.filePath(QStringLiteral("Other.wepn"))).contains("setAngles(NewWeaponType,30,19"));
+    }
+
+    // The notice's button switches the setting on and reads the same script again as the game does.
+    void noticeReopensAsTheGameReads()
+    {
+        const QByteArray commented = "-- a comment the editor's save drops\r\n" + kScript + "setMissileKiller(NewWeaponType,1);\r\n";
+        openScript(false, commented);
+        QCOMPARE(opened.size(), 1);
+        QVERIFY(opened.first().startsWith(QStringLiteral("notice: Saving '%1' may change").arg(script)));
+        QVERIFY(!window->readsAsTheGame());
+        startWindow(true, true); // the same, answered with the button
+        auto replaced = std::make_unique<AnsweringDialogs>();
+        replaced->reopen.enqueue(true);
+        dialogs = answering = replaced.get();
+        window = std::make_unique<WepnEditor_Main>(*settings, std::move(replaced));
+        window->Form_Load();
+        writeFile(script, commented);
+        open(script);
+        QCOMPARE(dialogs->messages.size(), 1);
+        QVERIFY(window->readsAsTheGame() && window->ReadAsGame->isChecked());
+        QCOMPARE(settings->value(QStringLiteral("Reading/ReadScriptsAsTheGameDoes")).toBool(), true);
+        QCOMPARE(window->intLoaded, 1);
+        QCOMPARE(window->txtFiringArc->text(), QStringLiteral("18"));
+        save(dir.filePath(QStringLiteral("Same.wepn")));
+        QCOMPARE(fileBytes(dir.filePath(QStringLiteral("Same.wepn"))), commented);
+    }
+};
+
+QTEST_MAIN(TestEditorAids)
+#include "test_EditorAids.moc"
