@@ -121,7 +121,7 @@ void WepnEditor_Main::openChosenScript(const QString &path)
         intLoaded = 0;
     };
     // Whatever the read gives, nothing of it is an edit of the user's.
-    bModified = false;
+    startHistory();
 
     document.strWEPNFile = PathText::toBytes(path);
     setWindowTitle(documentCaption(FSO, document.strWEPNFile));
@@ -303,7 +303,7 @@ void WepnEditor_Main::Save_Click()
         rememberOnDisk(saved);
     else
         m_onDiskPath.clear();
-    bModified = false;
+    markSaved();
     dialogs().message(Messages::savedTo(PathText::toQString(document.strWEPNFile)), {});
 }
 

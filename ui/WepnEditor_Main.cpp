@@ -36,6 +36,7 @@
 #include <QStylePainter>
 #include <QTimer>
 #include <QToolTip>
+#include <QUndoStack>
 #include <QSettings>
 
 #include <limits>
@@ -363,6 +364,7 @@ WepnEditor_Main::WepnEditor_Main(QSettings &settings, std::unique_ptr<Dialogs> d
     buildMenus();
     buildForm();
     connectHandlers();
+    buildUndo();
     layout()->setSizeConstraint(QLayout::SetFixedSize);
 }
 
@@ -370,6 +372,8 @@ WepnEditor_Main::~WepnEditor_Main()
 {
     // The dialog is a window of its own (so that disabling this one leaves it usable).
     delete m_directoryDialog.data();
+    // The history goes while the menu items that show it are still there.
+    delete m_undoStack;
 }
 
 void WepnEditor_Main::buildMenus()
@@ -404,6 +408,11 @@ void WepnEditor_Main::buildMenus()
                     {"Save", "&Save As...", QKeySequence(Qt::CTRL | Qt::Key_S), false, &WepnEditor_Main::Save},
                     {"sep01", "-", {}, true, nullptr},
                     {"Exit", "E&xit", QKeySequence(Qt::CTRL | Qt::Key_Q), true, &WepnEditor_Main::Exit}});
+
+    QMenu *edit = menuBar()->addMenu(QStringLiteral("&Edit"));
+    edit->setObjectName(QStringLiteral("Edit"));
+    addItems(edit, {{"Undo", "&Undo", QKeySequence(Qt::CTRL | Qt::Key_Z), false, &WepnEditor_Main::Undo},
+                    {"Redo", "&Redo", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), false, &WepnEditor_Main::Redo}});
 
     QMenu *settings = menuBar()->addMenu(QStringLiteral("&Settings"));
     settings->setObjectName(QStringLiteral("Settings"));
@@ -614,11 +623,15 @@ void WepnEditor_Main::connectHandlers()
     connect(DecompiledData, &QAction::triggered, this, &WepnEditor_Main::DecompiledData_Click);
 
     connect(cboEffect, &QComboBox::currentIndexChanged, this, &WepnEditor_Main::cboEffect_Click);
-    connect(cmdAdd, &QPushButton::clicked, this, &WepnEditor_Main::cmdAdd_Click);
-    connect(cmdApply, &QPushButton::clicked, this, &WepnEditor_Main::cmdApply_Click);
-    connect(cmdRemove, &QPushButton::clicked, this, &WepnEditor_Main::cmdRemove_Click);
-    connect(cmdPenApply, &QPushButton::clicked, this, &WepnEditor_Main::cmdPenApply_Click);
-    connect(cmdAccApply, &QPushButton::clicked, this, &WepnEditor_Main::cmdAccApply_Click);
+    // Each list command is one step of undo.
+    auto step = [this](QPushButton *button, const QString &name, void (WepnEditor_Main::*command)()) {
+        connect(button, &QPushButton::clicked, this, [this, name, command] { recordStep(name, command); });
+    };
+    step(cmdAdd, QStringLiteral("Add"), &WepnEditor_Main::cmdAdd_Click);
+    step(cmdApply, QStringLiteral("Apply"), &WepnEditor_Main::cmdApply_Click);
+    step(cmdRemove, QStringLiteral("Remove"), &WepnEditor_Main::cmdRemove_Click);
+    step(cmdPenApply, QStringLiteral("Penetration Apply"), &WepnEditor_Main::cmdPenApply_Click);
+    step(cmdAccApply, QStringLiteral("Accuracy Apply"), &WepnEditor_Main::cmdAccApply_Click);
 
     // "Selected" is the list's selection, not its current row: giving a list the focus makes a
     // row current without selecting anything.
@@ -640,18 +653,10 @@ void WepnEditor_Main::connectHandlers()
     for (QLineEdit *field : {txtMinEffect, txtMaxEffect, txtPenetration})
         field->installEventFilter(this);
 
-    // What the user changes by hand marks the document changed; what the program shows does not.
-    auto changed = [this] { bModified = true; };
-    for (QLineEdit *field : findChildren<QLineEdit *>()) {
-        connect(field, &QLineEdit::textEdited, this, changed);
-        // Text fields take dropped text themselves; a dropped file goes to the window.
+    // Text fields take dropped text themselves; a dropped file goes to the window. Their own undo
+    // keys go to the window's, which knows every step.
+    for (QLineEdit *field : findChildren<QLineEdit *>())
         field->installEventFilter(this);
-    }
-    for (QComboBox *combo : findChildren<QComboBox *>())
-        connect(combo, &QComboBox::activated, this, changed);
-    connect(chkAlwaysDMG, &QCheckBox::clicked, this, changed);
-    for (QPushButton *button : {cmdAdd, cmdApply, cmdRemove, cmdPenApply, cmdAccApply})
-        connect(button, &QPushButton::clicked, this, changed);
 }
 
 // The character code a key press types, as the key filters expect it; nothing for keys that
@@ -689,6 +694,12 @@ bool WepnEditor_Main::eventFilter(QObject *watched, QEvent *event)
         else
             drop->acceptProposedAction();
         return true;
+    }
+    if (event->type() == QEvent::ShortcutOverride) {
+        const auto *key = static_cast<QKeyEvent *>(event);
+        // Left unaccepted, the key runs Edit > Undo or Redo instead of the field's own.
+        return key->matches(QKeySequence::Undo) || key->matches(QKeySequence::Redo)
+               || key->keyCombination() == QKeyCombination(Qt::CTRL | Qt::SHIFT | Qt::Key_Z);
     }
     const bool filtered = watched == txtMinEffect || watched == txtMaxEffect || watched == txtPenetration;
     if (event->type() != QEvent::KeyPress || !filtered)

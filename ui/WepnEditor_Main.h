@@ -8,6 +8,7 @@
 #include <QHash>
 #include <QMainWindow>
 #include <QPointer>
+#include <QVariant>
 
 #include <array>
 #include <cstdint>
@@ -27,6 +28,7 @@ class QListWidget;
 class QPushButton;
 class QSettings;
 class QTimer;
+class QUndoStack;
 class frmDecompiledDataDir;
 namespace GameReading {
 struct GameScript;
@@ -50,7 +52,8 @@ public:
     CustomFSO FSO;
     // 1 once a script has been read in, 0 before and after an abandoned read.
     std::int16_t intLoaded = 0;
-    // Set by the user's edits; cleared when a script is read in or saved.
+    // Set by the user's edits; cleared when a script is read in or saved, and by undoing back to
+    // the state that was read in or saved.
     bool bModified = false;
     // The document; document.Weapon is the window's one KorvathWeapon. Its three entry lists are
     // what lstWeaponResults, lstArmorFamilies and lstAccuracy show, entry for entry.
@@ -115,6 +118,9 @@ public:
     QAction *Open = nullptr;
     QAction *Save = nullptr;
     QAction *Exit = nullptr;
+    // Edit: Undo and Redo, one step per Add, Remove and Apply, and per change of a field.
+    QAction *Undo = nullptr;
+    QAction *Redo = nullptr;
     QAction *DecompiledData = nullptr;
     // Settings > Read Scripts as the Game Does: checkable, kept in the user's settings.
     QAction *ReadAsGame = nullptr;
@@ -192,6 +198,30 @@ public:
     // The selected entry, or nothing.
     static std::optional<std::size_t> selectedEntry(const QListWidget *list);
 
+    // --- Undo and redo (WepnEditor_Undo.cpp) ------------------------------------------------------
+    // What one step changes and its undo restores: the fields' values by control, and for the
+    // commands of the three lists their tables, entries and selections.
+    using FormState = QHash<QWidget *, QVariant>;
+    struct ListsState
+    {
+        std::vector<WeaponResult> results;
+        std::vector<std::string> resultEntries;
+        std::vector<FamilyPenetration> penetrations;
+        std::vector<std::string> armourEntries;
+        std::vector<FamilyAccuracy> accuracies;
+        std::vector<std::string> accuracyEntries;
+        std::array<int, 3> selected{};
+        bool operator==(const ListsState &) const = default;
+    };
+    struct EditState
+    {
+        FormState form;
+        std::optional<ListsState> lists;
+    };
+    QUndoStack *undoStack() const { return m_undoStack; }
+    // Shows `to` wherever it differs from `from`; what else the user changed since stays.
+    void restoreState(const EditState &to, const EditState &from);
+
     // The label text of a field (without its colon), for messages; empty when it has none.
     QString fieldLabel(std::string_view controlName) const;
     QWidget *control(std::string_view controlName) const;
@@ -210,6 +240,16 @@ private:
     // The script's path and bytes as read or last saved, to tell a later change by another program.
     void rememberOnDisk(const std::string &bytes);
     void showNumberHint(QLineEdit *field);
+    void buildUndo();
+    // A list command as one step, with what it changed in the lists and the fields.
+    void recordStep(const QString &name, void (WepnEditor_Main::*command)());
+    // A field's value changed, by the user or the program; the user changed it.
+    void fieldChanged(QWidget *field);
+    void userChanged(QWidget *field);
+    ListsState listsState() const;
+    // The undo history belongs to the document read in: a new one starts with each read.
+    void startHistory();
+    void markSaved();
     void setDataDirectory(const std::string &dataDir);
     void buildForm();
     void buildMenus();
@@ -227,4 +267,13 @@ private:
     // Where decimals can be typed is told once per window.
     bool m_toldWhereDecimals = false;
     QTimer *m_hintTimer = nullptr;
+    QUndoStack *m_undoStack = nullptr;
+    // The value each field showed last, and the fields as they were before the changes of the input
+    // event under way, until its step is recorded.
+    FormState m_shown;
+    std::optional<FormState> m_before;
+    // A field whose change was recorded from its edit signal, before its change signal came.
+    QWidget *m_recordedAhead = nullptr;
+    // Changes of one field merge into one step while the focus stays where it is.
+    int m_session = 0;
 };

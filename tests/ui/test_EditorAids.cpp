@@ -4,6 +4,7 @@
 // reading, undo and redo, and recent scripts. All questions are answered through the dialog seam.
 #include "WindowFixture.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -32,9 +33,33 @@ static const QByteArray kScript = "StartWeaponConfig(NewWeaponType,\"Fixed\",\"B
                                   "AddWeaponResult(NewWeaponType,\"Hit\",\"DamageHealth\",\"Target\",1,2,\"\")\r\n"
                                   "setAngles(NewWeaponType,18,19,20,21,22)\r\n";
 
+static void retype(QLineEdit *field, const QString &text)
+{
+    field->setFocus();
+    field->selectAll();
+    QTest::keyClicks(field, text);
+}
+
+static void select(QListWidget *list, int row)
+{
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(row)).center());
+}
+
 class TestEditorAids : public WindowTest
 {
     Q_OBJECT
+
+    // The three lists, the edited fields and the unsaved-changes state.
+    QString state() const
+    {
+        const WepnEditor_Main &w = *window;
+        QStringList shown{rows(w.lstWeaponResults), rows(w.lstArmorFamilies), rows(w.lstAccuracy)};
+        for (const QLineEdit *field : {w.txtFiringArc, w.txtMinEffect, w.txtMaxEffect, w.txtPenetration, w.txtAccuracy})
+            shown << field->text();
+        shown << w.cboEffect->currentText() << (w.chkAlwaysDMG->isChecked() ? QStringLiteral("ticked") : QString())
+              << (w.bModified ? QStringLiteral("modified") : QString());
+        return shown.join(QLatin1Char(';'));
+    }
 
     AnsweringDialogs *answering = nullptr;
     QString script;
@@ -158,6 +183,68 @@ private slots:
         QCOMPARE(window->txtFiringArc->text(), QStringLiteral("18"));
         save(dir.filePath(QStringLiteral("Same.wepn")));
         QCOMPARE(fileBytes(dir.filePath(QStringLiteral("Same.wepn"))), commented);
+    }
+
+    // Each list command and each field's change is one step; undo and redo walk back and forth
+    // through exactly the states the window showed, the unsaved-changes state included.
+    void undoAndRedo()
+    {
+        openScript(false);
+        WepnEditor_Main &w = *window;
+        QApplication::setActiveWindow(&w);
+        QVERIFY(!w.Undo->isEnabled() && !w.Redo->isEnabled());
+        // The entries are selected first: what a selection shows is no step of its own.
+        select(w.lstWeaponResults, 0);
+        select(w.lstArmorFamilies, 1);
+        select(w.lstAccuracy, 2);
+        QStringList states{state()};
+        auto stepped = [&](const char *undoText) {
+            QCOMPARE(w.Undo->text(), QLatin1String(undoText));
+            states << state();
+        };
+        retype(w.txtFiringArc, QStringLiteral("30"));
+        stepped("&Undo Firing Arc");
+        retype(w.txtMaxEffect, QStringLiteral("7"));
+        stepped("&Undo Maximum Effect");
+        QTest::mouseClick(w.cmdApply, Qt::LeftButton);
+        stepped("&Undo Apply");
+        retype(w.txtPenetration, QStringLiteral("3"));
+        stepped("&Undo Penetration Value");
+        QTest::mouseClick(w.cmdPenApply, Qt::LeftButton);
+        stepped("&Undo Penetration Apply");
+        QTest::mouseClick(w.chkAlwaysDMG, Qt::LeftButton);
+        stepped("&Undo Always Causes Damage");
+        QTest::mouseClick(w.cmdAccApply, Qt::LeftButton);
+        stepped("&Undo Accuracy Apply");
+        QTest::mouseClick(w.cmdAdd, Qt::LeftButton);
+        stepped("&Undo Add");
+        QTest::mouseClick(w.cmdRemove, Qt::LeftButton);
+        stepped("&Undo Remove");
+        QCOMPARE(states.last(), QStringLiteral(
+            "Hit - DamageHealth - 1 - 7 - ;Unarmoured - 0|LightArmour - 3|MediumArmour - 0|HeavyArmour - 0|ShieldedHull - 0;"
+            "Fighter - 1 - 0|Corvette - 1 - 0|Frigate - 1 - 1|Capital - 1 - 0|Utility - 1 - 0;30;1;7;3;1;DamageHealth;ticked;modified"));
+
+        // Ctrl+Z in a text field is the window's undo.
+        QTest::keyClick(w.txtFiringArc, Qt::Key_Z, Qt::ControlModifier);
+        for (qsizetype i = states.size() - 2; i >= 0; --i) {
+            QCOMPARE(state(), states[i]);
+            if (i > 0)
+                w.Undo->trigger();
+        }
+        QVERIFY(!w.Undo->isEnabled() && !w.bModified);
+        QTest::keyClick(w.txtFiringArc, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+        for (qsizetype i = 1; i < states.size(); ++i) {
+            QCOMPARE(state(), states[i]);
+            if (i + 1 < states.size())
+                w.Redo->trigger();
+        }
+        // After a save, undo makes the window differ from the file again.
+        save(dir.filePath(QStringLiteral("Saved.wepn")));
+        QVERIFY(!w.bModified);
+        w.Undo->trigger();
+        QVERIFY(w.bModified);
+        w.Redo->trigger();
+        QVERIFY(!w.bModified);
     }
 };
 
