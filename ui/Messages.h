@@ -34,6 +34,11 @@ inline QString notAScript(const QString &path)
     return QStringLiteral("'") + path + QStringLiteral("' is not a weapon script: only .wepn files can be opened.");
 }
 
+inline QString recentMissing(const QString &path)
+{
+    return fileMissing(path) + QStringLiteral(" It was taken off File > Open Recent.");
+}
+
 inline QString saveChanges(const QString &name)
 {
     return QStringLiteral("Save changes to ") + name + QLatin1Char('?');

@@ -16,11 +16,14 @@
 
 #include <QAction>
 #include <QComboBox>
+#include <QDir>
+#include <QMenu>
 #include <QFileInfo>
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QSettings>
 
 #include <algorithm>
 #include <filesystem>
@@ -110,6 +113,51 @@ bool WepnEditor_Main::OpenPath(const QString &path)
     return intLoaded == 1;
 }
 
+namespace {
+constexpr qsizetype kRecentScripts = 8;
+const QString kRecentKey = QStringLiteral("Recent/Scripts");
+} // namespace
+
+QStringList WepnEditor_Main::recentScripts() const
+{
+    return m_settings.value(kRecentKey).toStringList();
+}
+
+void WepnEditor_Main::rememberRecent(const QString &path)
+{
+    QStringList paths = recentScripts();
+    paths.removeAll(path);
+    paths.prepend(path);
+    while (paths.size() > kRecentScripts)
+        paths.removeLast();
+    m_settings.setValue(kRecentKey, paths);
+    showRecent(paths);
+}
+
+void WepnEditor_Main::showRecent(const QStringList &paths)
+{
+    OpenRecent->clear();
+    for (qsizetype i = 0; i < paths.size(); ++i) {
+        QAction *entry = OpenRecent->addAction(QStringLiteral("&%1 %2").arg(i + 1).arg(QDir::toNativeSeparators(paths[i])));
+        entry->setObjectName(QStringLiteral("OpenRecent_%1").arg(i));
+        connect(entry, &QAction::triggered, this, [this, path = paths[i]] { OpenRecent_Click(path); });
+    }
+    OpenRecent->setEnabled(!paths.isEmpty());
+}
+
+void WepnEditor_Main::OpenRecent_Click(const QString &path)
+{
+    if (!QFileInfo(path).isFile()) {
+        QStringList paths = recentScripts();
+        paths.removeAll(path);
+        m_settings.setValue(kRecentKey, paths);
+        showRecent(paths);
+        dialogs().message(Messages::recentMissing(path), {});
+        return;
+    }
+    OpenPath(path);
+}
+
 void WepnEditor_Main::openChosenScript(const QString &path)
 {
     // After a file was chosen its name is in the caption and the document may hold half of it:
@@ -195,6 +243,7 @@ void WepnEditor_Main::openChosenScript(const QString &path)
     const bool turret = TextPieces::toLower(document.Weapon.sWeaponType) == "animatedturret";
     for (QLineEdit *rotation : {txtLeftRot, txtRightRot, txtUpRot, txtDownRot})
         rotation->setEnabled(turret);
+    rememberRecent(QFileInfo(path).absoluteFilePath());
     // Read as the game reads it, a save keeps the script's text: it changes nothing unasked.
     if (m_gameScript || !warnOfSaveChanges(bytes))
         return;
@@ -304,6 +353,7 @@ void WepnEditor_Main::Save_Click()
     else
         m_onDiskPath.clear();
     markSaved();
+    rememberRecent(QFileInfo(PathText::toQString(document.strWEPNFile)).absoluteFilePath());
     dialogs().message(Messages::savedTo(PathText::toQString(document.strWEPNFile)), {});
 }
 

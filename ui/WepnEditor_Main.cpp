@@ -409,6 +409,11 @@ void WepnEditor_Main::buildMenus()
                     {"sep01", "-", {}, true, nullptr},
                     {"Exit", "E&xit", QKeySequence(Qt::CTRL | Qt::Key_Q), true, &WepnEditor_Main::Exit}});
 
+    OpenRecent = new QMenu(QStringLiteral("Open &Recent"), file);
+    OpenRecent->setObjectName(QStringLiteral("OpenRecent"));
+    file->insertMenu(Save, OpenRecent);
+    showRecent(recentScripts());
+
     QMenu *edit = menuBar()->addMenu(QStringLiteral("&Edit"));
     edit->setObjectName(QStringLiteral("Edit"));
     addItems(edit, {{"Undo", "&Undo", QKeySequence(Qt::CTRL | Qt::Key_Z), false, &WepnEditor_Main::Undo},

@@ -25,6 +25,7 @@ class QGroupBox;
 class QLabel;
 class QLineEdit;
 class QListWidget;
+class QMenu;
 class QPushButton;
 class QSettings;
 class QTimer;
@@ -116,6 +117,8 @@ public:
 
     // Menu commands (File: Open, Save, Exit; Settings > Manage Directories: DecompiledData).
     QAction *Open = nullptr;
+    // File > Open Recent: the last scripts read in or saved, newest first, kept in the settings.
+    QMenu *OpenRecent = nullptr;
     QAction *Save = nullptr;
     QAction *Exit = nullptr;
     // Edit: Undo and Redo, one step per Add, Remove and Apply, and per change of a field.
@@ -153,6 +156,10 @@ public:
     // The command line's and a drop's Open: the same checks, family lists and read as File > Open
     // with the path in place of the dialog's answer. False when nothing was read in.
     bool OpenPath(const QString &path);
+    // An entry of File > Open Recent: the same steps as File > Open; a script that is gone leaves
+    // the list with a message.
+    void OpenRecent_Click(const QString &path);
+    QStringList recentScripts() const;
     // The unsaved-changes question before the document is replaced or the window closes; false
     // when the user keeps the document (Cancel, or a Save As that did not complete).
     bool resolveUnsavedChanges();
@@ -241,6 +248,8 @@ private:
     void rememberOnDisk(const std::string &bytes);
     void showNumberHint(QLineEdit *field);
     void buildUndo();
+    void rememberRecent(const QString &path);
+    void showRecent(const QStringList &paths);
     // A list command as one step, with what it changed in the lists and the fields.
     void recordStep(const QString &name, void (WepnEditor_Main::*command)());
     // A field's value changed, by the user or the program; the user changed it.

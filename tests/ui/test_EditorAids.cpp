@@ -16,6 +16,12 @@ class AnsweringDialogs : public ScriptedDialogs
 {
 public:
     QQueue<bool> reopen, replace;
+    QQueue<SaveChoice> choices;
+    SaveChoice askSaveChanges(const QString &text) override
+    {
+        message(QStringLiteral("ask: ") + text, {});
+        return choices.isEmpty() ? SaveChoice::Cancel : choices.dequeue();
+    }
     bool noticeOfferingGameReading(const QString &text) override
     {
         message(QStringLiteral("notice: ") + text, {});
@@ -245,6 +251,40 @@ private slots:
         QVERIFY(w.bModified);
         w.Redo->trigger();
         QVERIFY(!w.bModified);
+    }
+
+    // Open Recent lists the last 8 scripts read or saved, newest first, in the settings; an entry
+    // takes Open's steps, and one whose file is gone leaves the list with a message.
+    void openRecent()
+    {
+        openScript(false);
+        for (int i = 0; i < 9; ++i)
+            save(dir.filePath(QStringLiteral("Gun%1.wepn").arg(i)));
+        QStringList expected;
+        for (int i = 8; i > 0; --i)
+            expected << dir.filePath(QStringLiteral("Gun%1.wepn").arg(i));
+        QCOMPARE(settings->value(QStringLiteral("Recent/Scripts")).toStringList(), expected);
+        QCOMPARE(window->OpenRecent->actions().size(), 8);
+        QCOMPARE(window->OpenRecent->actions().first()->text(), QStringLiteral("&1 ") + QDir::toNativeSeparators(expected.first()));
+
+        QVERIFY(QFile::remove(expected[1]));
+        dialogs->messages.clear();
+        window->OpenRecent->actions()[1]->trigger();
+        QCOMPARE(dialogs->messages, QStringList{QStringLiteral("The file '%1' does not exist. It was taken off File > "
+                                                               "Open Recent.").arg(expected[1])});
+        expected.removeAt(1);
+        QCOMPARE(settings->value(QStringLiteral("Recent/Scripts")).toStringList(), expected);
+
+        // The unsaved-changes question first: Cancel keeps the script, Discard opens the other one.
+        retype(window->txtFiringArc, QStringLiteral("5"));
+        dialogs->messages.clear();
+        window->OpenRecent->actions()[2]->trigger();
+        QCOMPARE(dialogs->messages, QStringList{QStringLiteral("ask: Save changes to Gun8.wepn?")});
+        answering->choices.enqueue(Dialogs::SaveChoice::Discard);
+        window->OpenRecent->actions()[2]->trigger();
+        QVERIFY(window->windowTitle().endsWith(QFileInfo(expected[2]).fileName()));
+        QCOMPARE(window->txtFiringArc->text(), QStringLiteral("18"));
+        QCOMPARE(settings->value(QStringLiteral("Recent/Scripts")).toStringList().first(), expected[2]);
     }
 };
 
