@@ -34,6 +34,12 @@ inline QString notAScript(const QString &path)
     return QStringLiteral("'") + path + QStringLiteral("' is not a weapon script: only .wepn files can be opened.");
 }
 
+// The tip of a drop-down item that shows a script's value the editor does not offer.
+inline QString scriptsOwnItem()
+{
+    return QStringLiteral("The script's own value, kept as it is.");
+}
+
 inline QString recentMissing(const QString &path)
 {
     return fileMissing(path) + QStringLiteral(" It was taken off File > Open Recent.");

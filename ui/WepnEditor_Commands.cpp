@@ -8,8 +8,10 @@
 #include "FamilyList.h"
 #include "GameCompare.h"
 #include "GameReading.h"
+#include "GameView.h"
 #include "Latin1.h"
 #include "Messages.h"
+#include "NumberText.h"
 #include "PathText.h"
 #include "ScriptWriter.h"
 #include "TextPieces.h"
@@ -52,6 +54,24 @@ constexpr FireTypeFields kFireTypes[] = {
 static QString documentCaption(const CustomFSO &fso, const std::string &path)
 {
     return Latin1::toQString(AppInfo::documentCaption({})) + PathText::toQString(fso.GetFileName(path));
+}
+
+// Read as the game reads it, an attack family that the script's setAccuracy does not name has the
+// statement's default accuracy, not the 1 the editor's dialect gives it.
+static void fillUnnamedAccuracies(EditorDocument &document, std::string_view bytes)
+{
+    const GameView::Run run = GameView::RunScript(bytes);
+    const auto last = std::find_if(run.calls.rbegin(), run.calls.rend(),
+                                   [](const GameView::Call &call) { return call.name == "setAccuracy"; });
+    if (last == run.calls.rend() || last->arguments.size() < 2
+        || last->arguments[1].kind != GameView::Value::Kind::Number)
+        return;
+    const std::string accuracy = NumberText::realText(last->arguments[1].number);
+    for (std::string &entry : document.lstAccuracy) {
+        const std::vector<std::string> pieces = EntryPieces(entry);
+        if (pieces.size() == 2 && pieces[1] == "N")
+            entry = pieces[0] + std::string(kEntrySeparator) + accuracy + std::string(kEntrySeparator) + "0";
+    }
 }
 
 // Before a file is chosen every failure ends here. A loaded script stays loaded and saveable;
@@ -221,11 +241,24 @@ void WepnEditor_Main::openChosenScript(const QString &path)
     cboFireAxis->setEnabled(fields.fireAxis);
 
     document.Weapon.InitializeWeaponValues();
+    // An activation the drop-down does not offer is shown as the script's own item while that
+    // script is open, read as the game reads it.
+    for (int i = cboActivation->count() - 1; i >= 0; --i) {
+        if (cboActivation->itemData(i).toBool())
+            cboActivation->removeItem(i);
+    }
+    if (ReadAsGame->isChecked())
+        fillUnnamedAccuracies(document, bytes);
     if (std::optional<QString> problem = ShowDocument()) {
         dialogs().message(Messages::cannotOpen(PathText::toQString(document.strWEPNFile), *problem), {});
         return abandon();
     }
 
+    if (ReadAsGame->isChecked() && cboActivation->currentIndex() < 0 && !document.Weapon.sActivation.empty()) {
+        cboActivation->addItem(Latin1::toQString(document.Weapon.sActivation), true);
+        cboActivation->setItemData(cboActivation->count() - 1, Messages::scriptsOwnItem(), Qt::ToolTipRole);
+        cboActivation->setCurrentIndex(cboActivation->count() - 1);
+    }
     if (ReadAsGame->isChecked()) {
         gameScript->opened = document;
         m_gameScript = std::move(gameScript);

@@ -286,6 +286,40 @@ private slots:
         QCOMPARE(window->txtFiringArc->text(), QStringLiteral("18"));
         QCOMPARE(settings->value(QStringLiteral("Recent/Scripts")).toStringList().first(), expected[2]);
     }
+
+    void whatTheGameReads_data()
+    {
+        QTest::addColumn<bool>("game");
+        QTest::addColumn<QString>("accuracy");
+        QTest::addColumn<QString>("activation");
+        QTest::newRow("editor") << false << "Fighter - 0.5 - 0|Corvette - 1 - 0|Frigate - 1 - 0|Capital - 1 - 0|Utility - 1 - 0"
+                                << "";
+        QTest::newRow("game") << true << "Fighter - 0.5 - 0|Corvette - 0 - 0|Frigate - 0 - 0|Capital - 0 - 0|Utility - 0 - 0"
+                              << "Dropped";
+    }
+    // Read as the game reads it, the window shows the statement's default accuracy for families the
+    // script does not name, and an activation the drop-down lacks as the script's text, which a
+    // save keeps.
+    void whatTheGameReads()
+    {
+        QFETCH(bool, game);
+        QFETCH(QString, accuracy);
+        QFETCH(QString, activation);
+        QByteArray mine = QByteArray(kScript).replace("\"Normal\"", "\"Dropped\"") + "setAccuracy(NewWeaponType,0,\r\n{Fighter=0.5,})\r\n";
+        openScript(game, mine);
+        QCOMPARE(rows(window->lstAccuracy), accuracy);
+        QCOMPARE(window->cboActivation->currentText(), activation);
+        if (!game)
+            return;
+        retype(window->txtFiringArc, QStringLiteral("30"));
+        save(script);
+        QCOMPARE(fileBytes(script), mine.replace("setAngles(NewWeaponType,18,", "setAngles(NewWeaponType,30,"));
+        // Another script's open takes the script's own item away again.
+        writeFile(script, kScript);
+        open(script);
+        QCOMPARE(window->cboActivation->count(), 3);
+        QCOMPARE(window->cboActivation->currentText(), QStringLiteral("Normal"));
+    }
 };
 
 QTEST_MAIN(TestEditorAids)
