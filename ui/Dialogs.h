@@ -74,6 +74,10 @@ public:
 };
 
 class QFileDialog;
+class QMessageBox;
+// The unsaved-changes question's box: Save As... (the default), Discard and Cancel (Escape), each
+// with its access key.
+void prepareSaveChangesBox(QMessageBox &box, const QString &text);
 // What both file dialogs share: the filter, matched without regard to letter case. Tests check
 // the matching on a dialog that is shown without being run.
 void prepareFileDialog(QFileDialog &dialog, const QString &filter);

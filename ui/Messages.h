@@ -28,6 +28,13 @@ inline QString dataFolderHint()
     return QStringLiteral("\n\nChoose the game's data folder with Settings > Manage Directories > Decompiled Data.");
 }
 
+// Shown in the window at a start without the game's data folder.
+inline QString firstStart()
+{
+    return QStringLiteral("To begin, choose the game's unpacked data folder (the one holding Scripts and Weapon). "
+                          "Then open a weapon script with File > Open.");
+}
+
 // A path from the command line or a drop that names no file.
 inline QString notAScript(const QString &path)
 {

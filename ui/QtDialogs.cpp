@@ -87,19 +87,25 @@ std::optional<QString> QtDialogs::saveFile(const QString &proposedPath, const QS
     return dialog.selectedFiles().constFirst();
 }
 
+void prepareSaveChangesBox(QMessageBox &box, const QString &text)
+{
+    box.setIcon(QMessageBox::Warning);
+    box.setWindowTitle(Latin1::toQString(AppInfo::kTitle));
+    box.setText(text);
+    QPushButton *save = box.addButton(QStringLiteral("&Save As..."), QMessageBox::AcceptRole);
+    box.addButton(QStringLiteral("&Discard"), QMessageBox::DestructiveRole);
+    box.setDefaultButton(save);
+    box.setEscapeButton(box.addButton(QStringLiteral("&Cancel"), QMessageBox::RejectRole));
+}
+
 Dialogs::SaveChoice QtDialogs::askSaveChanges(const QString &text)
 {
-    QMessageBox box(QMessageBox::Warning, Latin1::toQString(AppInfo::kTitle), text, QMessageBox::NoButton,
-                    QApplication::activeWindow());
-    QPushButton *save = box.addButton(QStringLiteral("&Save As..."), QMessageBox::AcceptRole);
-    QPushButton *discard = box.addButton(QStringLiteral("&Discard"), QMessageBox::DestructiveRole);
-    QPushButton *cancel = box.addButton(QMessageBox::Cancel);
-    box.setDefaultButton(save);
-    box.setEscapeButton(cancel);
+    QMessageBox box(QApplication::activeWindow());
+    prepareSaveChangesBox(box, text);
     box.exec();
-    if (box.clickedButton() == save)
+    if (box.clickedButton() == box.defaultButton())
         return SaveChoice::SaveAs;
-    return box.clickedButton() == discard ? SaveChoice::Discard : SaveChoice::Cancel;
+    return box.buttonRole(box.clickedButton()) == QMessageBox::DestructiveRole ? SaveChoice::Discard : SaveChoice::Cancel;
 }
 
 std::optional<QString> QtDialogs::chooseFolder(const QString &start)

@@ -7,6 +7,7 @@
 #include "GamePaths.h"
 #include "GameReading.h"
 #include "Latin1.h"
+#include "Messages.h"
 #include "PathText.h"
 #include "ReadingSetting.h"
 #include "frmDecompiledDataDir.h"
@@ -37,6 +38,7 @@
 #include <QTimer>
 #include <QToolTip>
 #include <QUndoStack>
+#include <QVBoxLayout>
 #include <QSettings>
 
 #include <limits>
@@ -541,7 +543,9 @@ void WepnEditor_Main::buildForm()
             auto *check = new QCheckBox(QStringLiteral("Always Causes Damage"), frame);
             check->setGeometry(twipRect(120, 3840, 2175, 255));
             check->setAutoFillBackground(true);
+            // A check box fills its face from the button colour, which a dark palette makes dark.
             setColours(check, {{QPalette::Window, kControlFace},
+                               {QPalette::Button, kControlFace},
                                {QPalette::WindowText, textOnControlFace(palette().color(QPalette::WindowText))}});
             add(check, "chkAlwaysDMG");
             tabOrder.push_back(check);
@@ -560,6 +564,22 @@ void WepnEditor_Main::buildForm()
     }
     for (std::size_t i = 1; i < tabOrder.size(); ++i)
         setTabOrder(tabOrder[i - 1], tabOrder[i]);
+
+    // Over the form, but no part of it: the form's controls stay what they are.
+    fraFirstStart = new QFrame(this);
+    fraFirstStart->setObjectName(QStringLiteral("fraFirstStart"));
+    fraFirstStart->setFrameShape(QFrame::Box);
+    fraFirstStart->setAutoFillBackground(true);
+    fraFirstStart->resize(px(3735), px(1800));
+    auto *firstStart = new QVBoxLayout(fraFirstStart);
+    auto *firstStartText = new QLabel(Messages::firstStart(), fraFirstStart);
+    firstStartText->setObjectName(QStringLiteral("lblFirstStart"));
+    firstStartText->setWordWrap(true);
+    firstStart->addWidget(firstStartText);
+    cmdChooseDataFolder = new QPushButton(QStringLiteral("&Choose the Data Folder..."), fraFirstStart);
+    cmdChooseDataFolder->setObjectName(QStringLiteral("cmdChooseDataFolder"));
+    firstStart->addWidget(cmdChooseDataFolder);
+    fraFirstStart->hide();
 
     lblNumberHint = new QLabel(client);
     lblNumberHint->setObjectName(QStringLiteral("lblNumberHint"));
@@ -626,6 +646,7 @@ void WepnEditor_Main::connectHandlers()
     connect(Save, &QAction::triggered, this, &WepnEditor_Main::Save_Click);
     connect(Exit, &QAction::triggered, this, &WepnEditor_Main::Exit_Click);
     connect(DecompiledData, &QAction::triggered, this, &WepnEditor_Main::DecompiledData_Click);
+    connect(cmdChooseDataFolder, &QPushButton::clicked, this, &WepnEditor_Main::DecompiledData_Click);
 
     connect(cboEffect, &QComboBox::currentIndexChanged, this, &WepnEditor_Main::cboEffect_Click);
     // Each list command is one step of undo.
@@ -762,6 +783,12 @@ void WepnEditor_Main::Form_Load()
 {
     setWindowTitle(Latin1::toQString(AppInfo::startupCaption()));
     LoadDataDirectory();
+    // Without the game's data folder nothing else can work: the window says so where the form is.
+    if (!FSO.FolderExists(strDataDir)) {
+        fraFirstStart->show();
+        fraFirstStart->raise();
+        placeFirstStart();
+    }
     cboCondition->setCurrentIndex(0);
     cboEffect->setCurrentIndex(0);
 }
@@ -774,6 +801,7 @@ void WepnEditor_Main::LoadDataDirectory()
 void WepnEditor_Main::StoreDataDirectory(const std::string &dataDir)
 {
     DataDirectorySetting::store(m_settings, PathText::toQString(dataDir));
+    fraFirstStart->hide();
     // The derived paths follow at once, so an Open right after the dialog uses the new folder.
     setDataDirectory(dataDir);
 }
@@ -832,9 +860,16 @@ void WepnEditor_Main::dropEvent(QDropEvent *event)
 
 // --- Fitting the screen ---------------------------------------------------------------------------
 
+void WepnEditor_Main::placeFirstStart()
+{
+    // Over the results frame, which is of no use before a script is open.
+    fraFirstStart->move(centralWidget()->mapTo(this, QPoint(px(4320), px(1500))));
+}
+
 void WepnEditor_Main::showEvent(QShowEvent *event)
 {
     fitToScreen();
+    placeFirstStart();
     QMainWindow::showEvent(event);
 }
 

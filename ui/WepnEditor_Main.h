@@ -21,6 +21,7 @@
 class QAction;
 class QCheckBox;
 class QComboBox;
+class QFrame;
 class QGroupBox;
 class QLabel;
 class QLineEdit;
@@ -83,6 +84,9 @@ public:
     // The field labels in the order they are built (objectNames lblML_0, lblML_1, ...).
     std::vector<QLabel *> lblML;
     QLabel *lblBurstShots = nullptr;
+    // At a start without a data folder: what to do first, and a button that does it.
+    QFrame *fraFirstStart = nullptr;
+    QPushButton *cmdChooseDataFolder = nullptr;
     // Shown next to a number field for a moment when its key filter drops a typed character.
     QLabel *lblNumberHint = nullptr;
 
@@ -248,6 +252,7 @@ private:
     void rememberOnDisk(const std::string &bytes);
     void showNumberHint(QLineEdit *field);
     void buildUndo();
+    void placeFirstStart();
     void rememberRecent(const QString &path);
     void showRecent(const QStringList &paths);
     // A list command as one step, with what it changed in the lists and the fields.

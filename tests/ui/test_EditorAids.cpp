@@ -3,12 +3,14 @@
 // mode, the question before a save over a script changed on disk, the notice's way to the game
 // reading, undo and redo, and recent scripts. All questions are answered through the dialog seam.
 #include "WindowFixture.h"
+#include "frmDecompiledDataDir.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMessageBox>
 #include <QPushButton>
 
 // Records the questions these features add ("notice: ...", "replace? ...") with the messages.
@@ -319,6 +321,46 @@ private slots:
         open(script);
         QCOMPARE(window->cboActivation->count(), 3);
         QCOMPARE(window->cboActivation->currentText(), QStringLiteral("Normal"));
+    }
+
+    // A first start says what to do first and does it; the dark palette keeps the check box's
+    // label readable; the unsaved-changes question's Discard has its access key.
+    void firstStartDarkPaletteAndDiscard()
+    {
+        startWindow(false, true);
+        QVERIFY(window->fraFirstStart->isVisible());
+        QCOMPARE(window->fraFirstStart->findChild<QLabel *>(QStringLiteral("lblFirstStart"))->text(),
+                 QStringLiteral("To begin, choose the game's unpacked data folder (the one holding Scripts and Weapon). "
+                                "Then open a weapon script with File > Open."));
+        QTest::mouseClick(window->cmdChooseDataFolder, Qt::LeftButton);
+        QPointer<frmDecompiledDataDir> folder = window->directoryDialog();
+        QVERIFY(folder);
+        folder->txtDataDir->setText(data);
+        folder->cmdOK->click();
+        QVERIFY(!window->fraFirstStart->isVisible());
+
+        const QPalette platform = QApplication::palette();
+        QPalette dark = platform;
+        for (const auto role : {QPalette::Window, QPalette::Button, QPalette::Base})
+            dark.setColor(role, QColor(0x30, 0x30, 0x30));
+        for (const auto role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Text})
+            dark.setColor(role, Qt::white);
+        QApplication::setPalette(dark);
+        startWindow();
+        QApplication::setPalette(platform);
+        QVERIFY(window->fraFirstStart->isHidden());
+        const QPalette check = window->chkAlwaysDMG->palette();
+        QCOMPARE(check.color(window->chkAlwaysDMG->backgroundRole()), QColor(0xC0, 0xC0, 0xC0));
+        QCOMPARE(check.color(window->chkAlwaysDMG->foregroundRole()), QColor(Qt::black));
+
+        QMessageBox box;
+        prepareSaveChangesBox(box, QStringLiteral("Save changes to Gun.wepn?"));
+        QStringList buttons;
+        for (const QAbstractButton *button : box.buttons())
+            buttons << button->text();
+        buttons.sort();
+        QCOMPARE(buttons, (QStringList{QStringLiteral("&Cancel"), QStringLiteral("&Discard"), QStringLiteral("&Save As...")}));
+        QCOMPARE(box.escapeButton()->text(), QStringLiteral("&Cancel"));
     }
 };
 
