@@ -175,7 +175,13 @@ void WepnEditor_Main::OpenRecent_Click(const QString &path)
         dialogs().message(Messages::recentMissing(path), {});
         return;
     }
-    OpenPath(path);
+    // File > Open's steps with the entry in place of the dialog's answer; a script saved under a
+    // name without ".wepn" opens too.
+    if (!resolveUnsavedChanges())
+        return;
+    if (!prepareOpen())
+        return openFailed();
+    openChosenScript(path);
 }
 
 void WepnEditor_Main::openChosenScript(const QString &path)
