@@ -211,13 +211,15 @@ private slots:
         stepped("&Undo Always Causes Damage");
         QTest::mouseClick(w.cmdAccApply, Qt::LeftButton);
         stepped("&Undo Accuracy Apply");
+        QTest::keyClick(w.cboEffect, Qt::Key_End); // SpawnWeaponFire sets both effects to 0 in the same step
+        stepped("&Undo Effect");
         QTest::mouseClick(w.cmdAdd, Qt::LeftButton);
         stepped("&Undo Add");
         QTest::mouseClick(w.cmdRemove, Qt::LeftButton);
         stepped("&Undo Remove");
         QCOMPARE(states.last(), QStringLiteral(
-            "Hit - DamageHealth - 1 - 7 - ;Unarmoured - 0|LightArmour - 3|MediumArmour - 0|HeavyArmour - 0|ShieldedHull - 0;"
-            "Fighter - 1 - 0|Corvette - 1 - 0|Frigate - 1 - 1|Capital - 1 - 0|Utility - 1 - 0;30;1;7;3;1;DamageHealth;ticked;modified"));
+            "Hit - SpawnWeaponFire - 0 - 0 - ;Unarmoured - 0|LightArmour - 3|MediumArmour - 0|HeavyArmour - 0|ShieldedHull - 0;"
+            "Fighter - 1 - 0|Corvette - 1 - 0|Frigate - 1 - 1|Capital - 1 - 0|Utility - 1 - 0;30;0;0;3;1;SpawnWeaponFire;ticked;modified"));
 
         // Ctrl+Z in a text field is the window's undo.
         QTest::keyClick(w.txtFiringArc, Qt::Key_Z, Qt::ControlModifier);
