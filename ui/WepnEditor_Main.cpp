@@ -721,11 +721,13 @@ bool WepnEditor_Main::eventFilter(QObject *watched, QEvent *event)
             drop->acceptProposedAction();
         return true;
     }
-    if (event->type() == QEvent::ShortcutOverride) {
+    if (event->type() == QEvent::ShortcutOverride || event->type() == QEvent::KeyPress) {
         const auto *key = static_cast<QKeyEvent *>(event);
-        // Left unaccepted, the key runs Edit > Undo or Redo instead of the field's own.
-        return key->matches(QKeySequence::Undo) || key->matches(QKeySequence::Redo)
-               || key->keyCombination() == QKeyCombination(Qt::CTRL | Qt::SHIFT | Qt::Key_Z);
+        // Left unaccepted, the key runs Edit > Undo or Redo instead of the field's own; with nothing
+        // to undo or redo it does nothing rather than the field's own undo.
+        if (key->matches(QKeySequence::Undo) || key->matches(QKeySequence::Redo)
+            || key->keyCombination() == QKeyCombination(Qt::CTRL | Qt::SHIFT | Qt::Key_Z))
+            return true;
     }
     const bool filtered = watched == txtMinEffect || watched == txtMaxEffect || watched == txtPenetration;
     if (event->type() != QEvent::KeyPress || !filtered)
