@@ -19,11 +19,11 @@
 #include <QAction>
 #include <QComboBox>
 #include <QDir>
-#include <QMenu>
 #include <QFileInfo>
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenu>
 #include <QPushButton>
 #include <QSettings>
 
@@ -47,6 +47,10 @@ constexpr FireTypeFields kFireTypes[] = {
     {"missile", true, false, false, false, false, true},
     {"sphereburst", true, true, false, false, false, false},
 };
+
+// File > Open Recent: how many scripts, and where the settings keep them.
+constexpr qsizetype kRecentScripts = 8;
+const QString kRecentKey = QStringLiteral("Recent/Scripts");
 
 } // namespace
 
@@ -132,11 +136,6 @@ bool WepnEditor_Main::OpenPath(const QString &path)
     openChosenScript(file.absoluteFilePath());
     return intLoaded == 1;
 }
-
-namespace {
-constexpr qsizetype kRecentScripts = 8;
-const QString kRecentKey = QStringLiteral("Recent/Scripts");
-} // namespace
 
 QStringList WepnEditor_Main::recentScripts() const
 {
