@@ -374,8 +374,11 @@ WepnEditor_Main::~WepnEditor_Main()
 {
     // The dialog is a window of its own (so that disabling this one leaves it usable).
     delete m_directoryDialog.data();
-    // The history goes while the menu items that show it are still there.
+    // The history goes while the menu items that show it are still there, and the application
+    // tells this window of no input or focus change while it is being taken apart.
     delete m_undoStack;
+    delete m_inputWatcher;
+    disconnect(qApp, nullptr, this, nullptr);
 }
 
 void WepnEditor_Main::buildMenus()

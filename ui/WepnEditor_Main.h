@@ -282,6 +282,7 @@ private:
     bool m_toldWhereDecimals = false;
     QTimer *m_hintTimer = nullptr;
     QUndoStack *m_undoStack = nullptr;
+    QObject *m_inputWatcher = nullptr;
     // The value each field showed last, and the fields as they were before the changes of the input
     // event under way, until its step is recorded.
     FormState m_shown;

@@ -129,7 +129,8 @@ void WepnEditor_Main::buildUndo()
     connect(Undo, &QAction::triggered, m_undoStack, &QUndoStack::undo);
     connect(Redo, &QAction::triggered, m_undoStack, &QUndoStack::redo);
     connect(qApp, &QApplication::focusChanged, this, [this] { ++m_session; });
-    qApp->installEventFilter(new InputWatcher(this, [this] { m_before.reset(); }));
+    m_inputWatcher = new InputWatcher(this, [this] { m_before.reset(); });
+    qApp->installEventFilter(m_inputWatcher);
 
     // Every field the user can change, with the signal of the user's change and the one of any
     // change. An editable drop-down's text field belongs to the drop-down.
