@@ -32,7 +32,25 @@ public:
     // A modal question with Yes and No; true for Yes. Stand-ins that do not answer it say No, so
     // nothing is overwritten unasked.
     virtual bool confirm(const QString & /*text*/, const QString & /*title*/) { return false; }
+    // The notice of what a save would change in what the game reads, with OK and a button that
+    // reads the script again as the game does; true for that button. Stand-ins that do not answer
+    // it show the notice as a message and say OK, as the editor did before it offered the button.
+    virtual bool noticeOfferingGameReading(const QString &text)
+    {
+        message(text, {});
+        return false;
+    }
+    // Before a save replaces a script that changed on disk since it was read or saved: true to
+    // replace it anyway, false to cancel the save. Stand-ins that do not answer it cancel, so
+    // nothing is overwritten unasked.
+    virtual bool replaceChangedFile(const QString & /*text*/) { return false; }
 };
+
+// The caption of the notice's button that reads the script again as the game does.
+inline QString readAsGameButtonText()
+{
+    return QStringLiteral("&Reopen as the Game Reads It");
+}
 
 // The filter of both file dialogs; it matches ".wepn" in any letter case.
 inline QString scriptFileFilter()
@@ -51,9 +69,15 @@ public:
     SaveChoice askSaveChanges(const QString &text) override;
     std::optional<QString> chooseFolder(const QString &start) override;
     bool confirm(const QString &text, const QString &title) override;
+    bool noticeOfferingGameReading(const QString &text) override;
+    bool replaceChangedFile(const QString &text) override;
 };
 
 class QFileDialog;
+class QMessageBox;
+// The unsaved-changes question's box: Save As... (the default), Discard and Cancel (Escape), each
+// with its access key.
+void prepareSaveChangesBox(QMessageBox &box, const QString &text);
 // What both file dialogs share: the filter, matched without regard to letter case. Tests check
 // the matching on a dialog that is shown without being run.
 void prepareFileDialog(QFileDialog &dialog, const QString &filter);

@@ -28,10 +28,28 @@ inline QString dataFolderHint()
     return QStringLiteral("\n\nChoose the game's data folder with Settings > Manage Directories > Decompiled Data.");
 }
 
+// Shown in the window at a start without the game's data folder.
+inline QString firstStart()
+{
+    return QStringLiteral("To begin, choose the game's unpacked data folder (the one holding Scripts and Weapon). "
+                          "Then open a weapon script with File > Open.");
+}
+
 // A path from the command line or a drop that names no file.
 inline QString notAScript(const QString &path)
 {
     return QStringLiteral("'") + path + QStringLiteral("' is not a weapon script: only .wepn files can be opened.");
+}
+
+// The tip of a drop-down item that shows a script's value the editor does not offer.
+inline QString scriptsOwnItem()
+{
+    return QStringLiteral("The script's own value, kept as it is.");
+}
+
+inline QString recentMissing(const QString &path)
+{
+    return fileMissing(path) + QStringLiteral(" It was taken off File > Open Recent.");
 }
 
 inline QString saveChanges(const QString &name)
@@ -75,6 +93,32 @@ inline QString familiesOutOfStep()
     return QStringLiteral("The penetration and accuracy lists were reloaded from the family list by an Open that did "
                           "not finish, and no longer match this script's family values, so saving could lose or "
                           "misplace them. Open the script again, then save.");
+}
+
+// Before a save over the script that was read or last saved, when another program changed it since.
+inline QString changedOnDisk(const QString &path)
+{
+    return QStringLiteral("'") + path
+           + QStringLiteral("' was changed on disk after the editor read it. Saving replaces those changes with "
+                            "the window's values.\n\nReplace it anyway?");
+}
+
+// Next to a number field whose key filter dropped a typed character.
+inline QString wholeNumbersOnly()
+{
+    return QStringLiteral("Whole numbers only: this field takes the digits 0 to 9.");
+}
+
+inline QString numbersOnly()
+{
+    return QStringLiteral("Numbers only: digits, a point, a sign and an exponent (1.5E-2).");
+}
+
+// Said once, after wholeNumbersOnly: where decimals and signs can be typed.
+inline QString wholeNumbersHint()
+{
+    return QStringLiteral("For decimals and signs, choose Settings > Read Scripts as the Game Does and open the "
+                          "script again.");
 }
 
 inline QString savedTo(const QString &path)

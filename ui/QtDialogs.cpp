@@ -42,6 +42,28 @@ bool QtDialogs::confirm(const QString &text, const QString &title)
     return box.exec() == QMessageBox::Yes;
 }
 
+bool QtDialogs::noticeOfferingGameReading(const QString &text)
+{
+    QMessageBox box(QMessageBox::NoIcon, Latin1::toQString(AppInfo::kTitle), text, QMessageBox::Ok,
+                    QApplication::activeWindow());
+    QPushButton *reopen = box.addButton(readAsGameButtonText(), QMessageBox::ActionRole);
+    box.setDefaultButton(QMessageBox::Ok);
+    box.exec();
+    return box.clickedButton() == reopen;
+}
+
+bool QtDialogs::replaceChangedFile(const QString &text)
+{
+    QMessageBox box(QMessageBox::Warning, Latin1::toQString(AppInfo::kTitle), text, QMessageBox::NoButton,
+                    QApplication::activeWindow());
+    QPushButton *replace = box.addButton(QStringLiteral("&Replace"), QMessageBox::DestructiveRole);
+    QPushButton *cancel = box.addButton(QMessageBox::Cancel);
+    box.setDefaultButton(cancel);
+    box.setEscapeButton(cancel);
+    box.exec();
+    return box.clickedButton() == replace;
+}
+
 std::optional<QString> QtDialogs::openFile(const QString &folder, const QString &filter,
                                            const QString &initialName)
 {
@@ -65,19 +87,25 @@ std::optional<QString> QtDialogs::saveFile(const QString &proposedPath, const QS
     return dialog.selectedFiles().constFirst();
 }
 
+void prepareSaveChangesBox(QMessageBox &box, const QString &text)
+{
+    box.setIcon(QMessageBox::Warning);
+    box.setWindowTitle(Latin1::toQString(AppInfo::kTitle));
+    box.setText(text);
+    QPushButton *save = box.addButton(QStringLiteral("&Save As..."), QMessageBox::AcceptRole);
+    box.addButton(QStringLiteral("&Discard"), QMessageBox::DestructiveRole);
+    box.setDefaultButton(save);
+    box.setEscapeButton(box.addButton(QStringLiteral("&Cancel"), QMessageBox::RejectRole));
+}
+
 Dialogs::SaveChoice QtDialogs::askSaveChanges(const QString &text)
 {
-    QMessageBox box(QMessageBox::Warning, Latin1::toQString(AppInfo::kTitle), text, QMessageBox::NoButton,
-                    QApplication::activeWindow());
-    QPushButton *save = box.addButton(QStringLiteral("&Save As..."), QMessageBox::AcceptRole);
-    QPushButton *discard = box.addButton(QMessageBox::Discard);
-    QPushButton *cancel = box.addButton(QMessageBox::Cancel);
-    box.setDefaultButton(save);
-    box.setEscapeButton(cancel);
+    QMessageBox box(QApplication::activeWindow());
+    prepareSaveChangesBox(box, text);
     box.exec();
-    if (box.clickedButton() == save)
+    if (box.clickedButton() == box.defaultButton())
         return SaveChoice::SaveAs;
-    return box.clickedButton() == discard ? SaveChoice::Discard : SaveChoice::Cancel;
+    return box.buttonRole(box.clickedButton()) == QMessageBox::DestructiveRole ? SaveChoice::Discard : SaveChoice::Cancel;
 }
 
 std::optional<QString> QtDialogs::chooseFolder(const QString &start)

@@ -8,19 +8,24 @@
 #include "FamilyList.h"
 #include "GameCompare.h"
 #include "GameReading.h"
+#include "GameView.h"
 #include "Latin1.h"
 #include "Messages.h"
+#include "NumberText.h"
 #include "PathText.h"
 #include "ScriptWriter.h"
 #include "TextPieces.h"
 
 #include <QAction>
 #include <QComboBox>
+#include <QDir>
 #include <QFileInfo>
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenu>
 #include <QPushButton>
+#include <QSettings>
 
 #include <algorithm>
 #include <filesystem>
@@ -43,12 +48,34 @@ constexpr FireTypeFields kFireTypes[] = {
     {"sphereburst", true, true, false, false, false, false},
 };
 
+// File > Open Recent: how many scripts, and where the settings keep them.
+constexpr qsizetype kRecentScripts = 8;
+const QString kRecentKey = QStringLiteral("Recent/Scripts");
+
 } // namespace
 
 // The caption names the file by its file-system name; the title part is plain ASCII.
 static QString documentCaption(const CustomFSO &fso, const std::string &path)
 {
     return Latin1::toQString(AppInfo::documentCaption({})) + PathText::toQString(fso.GetFileName(path));
+}
+
+// Read as the game reads it, an attack family that the script's setAccuracy does not name has the
+// statement's default accuracy, not the 1 the editor's dialect gives it.
+static void fillUnnamedAccuracies(EditorDocument &document, std::string_view bytes)
+{
+    const GameView::Run run = GameView::RunScript(bytes);
+    const auto last = std::find_if(run.calls.rbegin(), run.calls.rend(),
+                                   [](const GameView::Call &call) { return call.name == "setAccuracy"; });
+    if (last == run.calls.rend() || last->arguments.size() < 2
+        || last->arguments[1].kind != GameView::Value::Kind::Number)
+        return;
+    const std::string accuracy = NumberText::realText(last->arguments[1].number);
+    for (std::string &entry : document.lstAccuracy) {
+        const std::vector<std::string> pieces = EntryPieces(entry);
+        if (pieces.size() == 2 && pieces[1] == "N")
+            entry = pieces[0] + std::string(kEntrySeparator) + accuracy + std::string(kEntrySeparator) + "0";
+    }
 }
 
 // Before a file is chosen every failure ends here. A loaded script stays loaded and saveable;
@@ -110,6 +137,52 @@ bool WepnEditor_Main::OpenPath(const QString &path)
     return intLoaded == 1;
 }
 
+QStringList WepnEditor_Main::recentScripts() const
+{
+    return m_settings.value(kRecentKey).toStringList();
+}
+
+void WepnEditor_Main::rememberRecent(const QString &path)
+{
+    QStringList paths = recentScripts();
+    paths.removeAll(path);
+    paths.prepend(path);
+    while (paths.size() > kRecentScripts)
+        paths.removeLast();
+    m_settings.setValue(kRecentKey, paths);
+    showRecent(paths);
+}
+
+void WepnEditor_Main::showRecent(const QStringList &paths)
+{
+    OpenRecent->clear();
+    for (qsizetype i = 0; i < paths.size(); ++i) {
+        QAction *entry = OpenRecent->addAction(QStringLiteral("&%1 %2").arg(i + 1).arg(QDir::toNativeSeparators(paths[i])));
+        entry->setObjectName(QStringLiteral("OpenRecent_%1").arg(i));
+        connect(entry, &QAction::triggered, this, [this, path = paths[i]] { OpenRecent_Click(path); });
+    }
+    OpenRecent->setEnabled(!paths.isEmpty());
+}
+
+void WepnEditor_Main::OpenRecent_Click(const QString &path)
+{
+    if (!QFileInfo(path).isFile()) {
+        QStringList paths = recentScripts();
+        paths.removeAll(path);
+        m_settings.setValue(kRecentKey, paths);
+        showRecent(paths);
+        dialogs().message(Messages::recentMissing(path), {});
+        return;
+    }
+    // File > Open's steps with the entry in place of the dialog's answer; a script saved under a
+    // name without ".wepn" opens too.
+    if (!resolveUnsavedChanges())
+        return;
+    if (!prepareOpen())
+        return openFailed();
+    openChosenScript(path);
+}
+
 void WepnEditor_Main::openChosenScript(const QString &path)
 {
     // After a file was chosen its name is in the caption and the document may hold half of it:
@@ -121,7 +194,7 @@ void WepnEditor_Main::openChosenScript(const QString &path)
         intLoaded = 0;
     };
     // Whatever the read gives, nothing of it is an edit of the user's.
-    bModified = false;
+    startHistory();
 
     document.strWEPNFile = PathText::toBytes(path);
     setWindowTitle(documentCaption(FSO, document.strWEPNFile));
@@ -134,6 +207,7 @@ void WepnEditor_Main::openChosenScript(const QString &path)
         dialogs().message(PathText::toQString(*unreadable), {});
         return abandon();
     }
+    rememberOnDisk(bytes);
     // Read as the game reads it, the script's text stays beside the document, to be saved in place.
     m_gameScript.reset();
     auto gameScript = std::make_unique<GameReading::GameScript>();
@@ -172,11 +246,24 @@ void WepnEditor_Main::openChosenScript(const QString &path)
     cboFireAxis->setEnabled(fields.fireAxis);
 
     document.Weapon.InitializeWeaponValues();
+    // An activation the drop-down does not offer is shown as the script's own item while that
+    // script is open, read as the game reads it.
+    for (int i = cboActivation->count() - 1; i >= 0; --i) {
+        if (cboActivation->itemData(i).toBool())
+            cboActivation->removeItem(i);
+    }
+    if (ReadAsGame->isChecked())
+        fillUnnamedAccuracies(document, bytes);
     if (std::optional<QString> problem = ShowDocument()) {
         dialogs().message(Messages::cannotOpen(PathText::toQString(document.strWEPNFile), *problem), {});
         return abandon();
     }
 
+    if (ReadAsGame->isChecked() && cboActivation->currentIndex() < 0 && !document.Weapon.sActivation.empty()) {
+        cboActivation->addItem(Latin1::toQString(document.Weapon.sActivation), true);
+        cboActivation->setItemData(cboActivation->count() - 1, Messages::scriptsOwnItem(), Qt::ToolTipRole);
+        cboActivation->setCurrentIndex(cboActivation->count() - 1);
+    }
     if (ReadAsGame->isChecked()) {
         gameScript->opened = document;
         m_gameScript = std::move(gameScript);
@@ -194,26 +281,51 @@ void WepnEditor_Main::openChosenScript(const QString &path)
     const bool turret = TextPieces::toLower(document.Weapon.sWeaponType) == "animatedturret";
     for (QLineEdit *rotation : {txtLeftRot, txtRightRot, txtUpRot, txtDownRot})
         rotation->setEnabled(turret);
+    rememberRecent(QFileInfo(path).absoluteFilePath());
     // Read as the game reads it, a save keeps the script's text: it changes nothing unasked.
-    if (!m_gameScript)
-        warnOfSaveChanges(bytes);
+    if (m_gameScript || !warnOfSaveChanges(bytes))
+        return;
+    // The user chose the reading that keeps the script's text: the setting, then the same Open.
+    ReadAsGame->setChecked(true);
+    if (prepareOpen())
+        openChosenScript(path);
+    else
+        openFailed();
+}
+
+void WepnEditor_Main::rememberOnDisk(const std::string &bytes)
+{
+    m_onDiskPath = document.strWEPNFile;
+    m_onDiskBytes = bytes;
+}
+
+bool WepnEditor_Main::changedOnDisk(const std::string &path) const
+{
+    if (m_onDiskPath.empty())
+        return false;
+    const QFileInfo target(PathText::toQString(path)), known(PathText::toQString(m_onDiskPath));
+    if (!target.exists() || target.canonicalFilePath() != known.canonicalFilePath())
+        return false;
+    if (target.size() != static_cast<qint64>(m_onDiskBytes.size()))
+        return true;
+    std::string bytes;
+    return AtomicFile::read(path, bytes) || bytes != m_onDiskBytes;
 }
 
 // A mod author must never overwrite a script without knowing that the editor's save would change
 // what the game reads from it: the script as read against what a save without edits writes.
-void WepnEditor_Main::warnOfSaveChanges(const std::string &bytes)
+bool WepnEditor_Main::warnOfSaveChanges(const std::string &bytes)
 {
     constexpr std::size_t kListed = 10;
     const std::vector<GameChange> changes = SaveChanges(bytes, WeaponScriptText(document));
     if (changes.empty())
-        return;
+        return false;
     QStringList listed;
     for (std::size_t i = 0; i < changes.size() && i < kListed; ++i)
         listed << (changes[i].line > 0 ? QStringLiteral("Line %1: ").arg(changes[i].line) : QStringLiteral("Whole file: "))
                       + Latin1::toQString(changes[i].message);
-    dialogs().message(Messages::saveChangesWhatTheGameReads(PathText::toQString(document.strWEPNFile), listed,
-                                                            static_cast<int>(changes.size() - listed.size())),
-                      {});
+    return dialogs().noticeOfferingGameReading(Messages::saveChangesWhatTheGameReads(
+        PathText::toQString(document.strWEPNFile), listed, static_cast<int>(changes.size() - listed.size())));
 }
 
 void WepnEditor_Main::Save_Click()
@@ -239,6 +351,10 @@ void WepnEditor_Main::Save_Click()
 
     document.strWEPNFile = PathText::toBytes(*chosen);
     setWindowTitle(documentCaption(FSO, document.strWEPNFile));
+    // Another program's edit of the script since it was read is not undone without a word.
+    if (changedOnDisk(document.strWEPNFile)
+        && !dialogs().replaceChangedFile(Messages::changedOnDisk(PathText::toQString(document.strWEPNFile))))
+        return restore();
 
     if (std::optional<QString> refusal = CollectDocument()) {
         dialogs().message(*refusal, {});
@@ -269,7 +385,13 @@ void WepnEditor_Main::Save_Click()
         dialogs().message(PathText::toQString(*problem), {});
         return restore();
     }
-    bModified = false;
+    // What was written is what a later change on disk is told apart from.
+    if (std::string saved; !AtomicFile::read(document.strWEPNFile, saved))
+        rememberOnDisk(saved);
+    else
+        m_onDiskPath.clear();
+    markSaved();
+    rememberRecent(QFileInfo(PathText::toQString(document.strWEPNFile)).absoluteFilePath());
     dialogs().message(Messages::savedTo(PathText::toQString(document.strWEPNFile)), {});
 }
 

@@ -9,10 +9,14 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 
+#include <QTimer>
+
+#include <algorithm>
 #include <cmath>
 #include <tuple>
 
@@ -51,6 +55,17 @@ void notANumber(WepnEditor_Main &w, const QString &label, const QString &text)
 void digitFilter(int &KeyAscii)
 {
     if (KeyAscii != 8 && (KeyAscii < '0' || KeyAscii > '9'))
+        KeyAscii = 0;
+}
+
+// Read as the game reads it, a number field takes what the game reads in a number: digits, a
+// point, a sign and an exponent. Control keys (copy, paste, Enter) work as in any field.
+void gameNumberFilter(int &KeyAscii)
+{
+    static constexpr std::string_view kNumberCharacters = "0123456789.+-eE";
+    if (KeyAscii >= 32 && kNumberCharacters.find(static_cast<char>(KeyAscii)) == std::string_view::npos)
+        KeyAscii = 0;
+    if (KeyAscii > 126)
         KeyAscii = 0;
 }
 
@@ -273,15 +288,37 @@ void WepnEditor_Main::Value_Change(int index)
 
 void WepnEditor_Main::txtMinEffect_KeyPress(int &KeyAscii)
 {
-    digitFilter(KeyAscii);
+    readsAsTheGame() ? gameNumberFilter(KeyAscii) : digitFilter(KeyAscii);
 }
 
 void WepnEditor_Main::txtMaxEffect_KeyPress(int &KeyAscii)
 {
-    digitFilter(KeyAscii);
+    readsAsTheGame() ? gameNumberFilter(KeyAscii) : digitFilter(KeyAscii);
 }
 
 void WepnEditor_Main::txtPenetration_KeyPress(int &KeyAscii)
 {
-    digitFilter(KeyAscii);
+    readsAsTheGame() ? gameNumberFilter(KeyAscii) : digitFilter(KeyAscii);
+}
+
+// A dropped character is never dropped silently: the field says what it takes, without a box
+// that would stop the typing.
+void WepnEditor_Main::showNumberHint(QLineEdit *field)
+{
+    QString hint = readsAsTheGame() ? Messages::numbersOnly() : Messages::wholeNumbersOnly();
+    if (!readsAsTheGame() && !m_toldWhereDecimals) {
+        hint += QLatin1Char('\n') + Messages::wholeNumbersHint();
+        m_toldWhereDecimals = true;
+    }
+    lblNumberHint->setText(hint);
+    lblNumberHint->adjustSize();
+    QWidget *form = lblNumberHint->parentWidget();
+    QPoint place = field->mapTo(form, QPoint(0, field->height() + 2));
+    place.setX(std::clamp(place.x(), 0, std::max(0, form->width() - lblNumberHint->width())));
+    if (place.y() + lblNumberHint->height() > form->height())
+        place.setY(field->mapTo(form, QPoint(0, 0)).y() - lblNumberHint->height() - 2);
+    lblNumberHint->move(place);
+    lblNumberHint->show();
+    lblNumberHint->raise();
+    m_hintTimer->start();
 }

@@ -7,6 +7,7 @@
 #include "GamePaths.h"
 #include "GameReading.h"
 #include "Latin1.h"
+#include "Messages.h"
 #include "PathText.h"
 #include "ReadingSetting.h"
 #include "frmDecompiledDataDir.h"
@@ -34,6 +35,10 @@
 #include <QPushButton>
 #include <QStyleOptionGroupBox>
 #include <QStylePainter>
+#include <QTimer>
+#include <QToolTip>
+#include <QUndoStack>
+#include <QVBoxLayout>
 #include <QSettings>
 
 #include <limits>
@@ -361,6 +366,7 @@ WepnEditor_Main::WepnEditor_Main(QSettings &settings, std::unique_ptr<Dialogs> d
     buildMenus();
     buildForm();
     connectHandlers();
+    buildUndo();
     layout()->setSizeConstraint(QLayout::SetFixedSize);
 }
 
@@ -368,6 +374,11 @@ WepnEditor_Main::~WepnEditor_Main()
 {
     // The dialog is a window of its own (so that disabling this one leaves it usable).
     delete m_directoryDialog.data();
+    // The history goes while the menu items that show it are still there, and the application
+    // tells this window of no input or focus change while it is being taken apart.
+    delete m_undoStack;
+    delete m_inputWatcher;
+    disconnect(qApp, nullptr, this, nullptr);
 }
 
 void WepnEditor_Main::buildMenus()
@@ -402,6 +413,16 @@ void WepnEditor_Main::buildMenus()
                     {"Save", "&Save As...", QKeySequence(Qt::CTRL | Qt::Key_S), false, &WepnEditor_Main::Save},
                     {"sep01", "-", {}, true, nullptr},
                     {"Exit", "E&xit", QKeySequence(Qt::CTRL | Qt::Key_Q), true, &WepnEditor_Main::Exit}});
+
+    OpenRecent = new QMenu(QStringLiteral("Open &Recent"), file);
+    OpenRecent->setObjectName(QStringLiteral("OpenRecent"));
+    file->insertMenu(Save, OpenRecent);
+    showRecent(recentScripts());
+
+    QMenu *edit = menuBar()->addMenu(QStringLiteral("&Edit"));
+    edit->setObjectName(QStringLiteral("Edit"));
+    addItems(edit, {{"Undo", "&Undo", QKeySequence(Qt::CTRL | Qt::Key_Z), false, &WepnEditor_Main::Undo},
+                    {"Redo", "&Redo", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), false, &WepnEditor_Main::Redo}});
 
     QMenu *settings = menuBar()->addMenu(QStringLiteral("&Settings"));
     settings->setObjectName(QStringLiteral("Settings"));
@@ -525,7 +546,9 @@ void WepnEditor_Main::buildForm()
             auto *check = new QCheckBox(QStringLiteral("Always Causes Damage"), frame);
             check->setGeometry(twipRect(120, 3840, 2175, 255));
             check->setAutoFillBackground(true);
+            // A check box fills its face from the button colour, which a dark palette makes dark.
             setColours(check, {{QPalette::Window, kControlFace},
+                               {QPalette::Button, kControlFace},
                                {QPalette::WindowText, textOnControlFace(palette().color(QPalette::WindowText))}});
             add(check, "chkAlwaysDMG");
             tabOrder.push_back(check);
@@ -544,6 +567,36 @@ void WepnEditor_Main::buildForm()
     }
     for (std::size_t i = 1; i < tabOrder.size(); ++i)
         setTabOrder(tabOrder[i - 1], tabOrder[i]);
+
+    // Over the form, but no part of it: the form's controls stay what they are.
+    fraFirstStart = new QFrame(this);
+    fraFirstStart->setObjectName(QStringLiteral("fraFirstStart"));
+    fraFirstStart->setFrameShape(QFrame::Box);
+    fraFirstStart->setAutoFillBackground(true);
+    fraFirstStart->resize(px(3735), px(1800));
+    auto *firstStart = new QVBoxLayout(fraFirstStart);
+    auto *firstStartText = new QLabel(Messages::firstStart(), fraFirstStart);
+    firstStartText->setObjectName(QStringLiteral("lblFirstStart"));
+    firstStartText->setWordWrap(true);
+    firstStart->addWidget(firstStartText);
+    cmdChooseDataFolder = new QPushButton(QStringLiteral("&Choose the Data Folder..."), fraFirstStart);
+    cmdChooseDataFolder->setObjectName(QStringLiteral("cmdChooseDataFolder"));
+    firstStart->addWidget(cmdChooseDataFolder);
+    fraFirstStart->hide();
+
+    lblNumberHint = new QLabel(client);
+    lblNumberHint->setObjectName(QStringLiteral("lblNumberHint"));
+    lblNumberHint->setWordWrap(true);
+    lblNumberHint->setFixedWidth(px(3975));
+    lblNumberHint->setFrameShape(QFrame::Box);
+    lblNumberHint->setMargin(3);
+    lblNumberHint->setAutoFillBackground(true);
+    lblNumberHint->setPalette(QToolTip::palette());
+    lblNumberHint->hide();
+    m_hintTimer = new QTimer(this);
+    m_hintTimer->setSingleShot(true);
+    m_hintTimer->setInterval(6000);
+    connect(m_hintTimer, &QTimer::timeout, lblNumberHint, &QWidget::hide);
 
     auto find = [this]<typename T>(T *&member, std::string_view name) {
         member = qobject_cast<T *>(control(name));
@@ -596,13 +649,18 @@ void WepnEditor_Main::connectHandlers()
     connect(Save, &QAction::triggered, this, &WepnEditor_Main::Save_Click);
     connect(Exit, &QAction::triggered, this, &WepnEditor_Main::Exit_Click);
     connect(DecompiledData, &QAction::triggered, this, &WepnEditor_Main::DecompiledData_Click);
+    connect(cmdChooseDataFolder, &QPushButton::clicked, this, &WepnEditor_Main::DecompiledData_Click);
 
     connect(cboEffect, &QComboBox::currentIndexChanged, this, &WepnEditor_Main::cboEffect_Click);
-    connect(cmdAdd, &QPushButton::clicked, this, &WepnEditor_Main::cmdAdd_Click);
-    connect(cmdApply, &QPushButton::clicked, this, &WepnEditor_Main::cmdApply_Click);
-    connect(cmdRemove, &QPushButton::clicked, this, &WepnEditor_Main::cmdRemove_Click);
-    connect(cmdPenApply, &QPushButton::clicked, this, &WepnEditor_Main::cmdPenApply_Click);
-    connect(cmdAccApply, &QPushButton::clicked, this, &WepnEditor_Main::cmdAccApply_Click);
+    // Each list command is one step of undo.
+    auto step = [this](QPushButton *button, const QString &name, void (WepnEditor_Main::*command)()) {
+        connect(button, &QPushButton::clicked, this, [this, name, command] { recordStep(name, command); });
+    };
+    step(cmdAdd, QStringLiteral("Add"), &WepnEditor_Main::cmdAdd_Click);
+    step(cmdApply, QStringLiteral("Apply"), &WepnEditor_Main::cmdApply_Click);
+    step(cmdRemove, QStringLiteral("Remove"), &WepnEditor_Main::cmdRemove_Click);
+    step(cmdPenApply, QStringLiteral("Penetration Apply"), &WepnEditor_Main::cmdPenApply_Click);
+    step(cmdAccApply, QStringLiteral("Accuracy Apply"), &WepnEditor_Main::cmdAccApply_Click);
 
     // "Selected" is the list's selection, not its current row: giving a list the focus makes a
     // row current without selecting anything.
@@ -624,18 +682,10 @@ void WepnEditor_Main::connectHandlers()
     for (QLineEdit *field : {txtMinEffect, txtMaxEffect, txtPenetration})
         field->installEventFilter(this);
 
-    // What the user changes by hand marks the document changed; what the program shows does not.
-    auto changed = [this] { bModified = true; };
-    for (QLineEdit *field : findChildren<QLineEdit *>()) {
-        connect(field, &QLineEdit::textEdited, this, changed);
-        // Text fields take dropped text themselves; a dropped file goes to the window.
+    // Text fields take dropped text themselves; a dropped file goes to the window. Their own undo
+    // keys go to the window's, which knows every step.
+    for (QLineEdit *field : findChildren<QLineEdit *>())
         field->installEventFilter(this);
-    }
-    for (QComboBox *combo : findChildren<QComboBox *>())
-        connect(combo, &QComboBox::activated, this, changed);
-    connect(chkAlwaysDMG, &QCheckBox::clicked, this, changed);
-    for (QPushButton *button : {cmdAdd, cmdApply, cmdRemove, cmdPenApply, cmdAccApply})
-        connect(button, &QPushButton::clicked, this, changed);
 }
 
 // The character code a key press types, as the key filters expect it; nothing for keys that
@@ -674,6 +724,14 @@ bool WepnEditor_Main::eventFilter(QObject *watched, QEvent *event)
             drop->acceptProposedAction();
         return true;
     }
+    if (event->type() == QEvent::ShortcutOverride || event->type() == QEvent::KeyPress) {
+        const auto *key = static_cast<QKeyEvent *>(event);
+        // Left unaccepted, the key runs Edit > Undo or Redo instead of the field's own; with nothing
+        // to undo or redo it does nothing rather than the field's own undo.
+        if (key->matches(QKeySequence::Undo) || key->matches(QKeySequence::Redo)
+            || key->keyCombination() == QKeyCombination(Qt::CTRL | Qt::SHIFT | Qt::Key_Z))
+            return true;
+    }
     const bool filtered = watched == txtMinEffect || watched == txtMaxEffect || watched == txtPenetration;
     if (event->type() != QEvent::KeyPress || !filtered)
         return QMainWindow::eventFilter(watched, event);
@@ -687,6 +745,9 @@ bool WepnEditor_Main::eventFilter(QObject *watched, QEvent *event)
         txtMaxEffect_KeyPress(KeyAscii);
     else if (watched == txtPenetration)
         txtPenetration_KeyPress(KeyAscii);
+    // A printable character the filter dropped; dropped control keys (Enter, Ctrl+V) say nothing.
+    if (KeyAscii == 0 && *typed >= 32)
+        showNumberHint(static_cast<QLineEdit *>(watched));
     return KeyAscii == 0;
 }
 
@@ -727,6 +788,12 @@ void WepnEditor_Main::Form_Load()
 {
     setWindowTitle(Latin1::toQString(AppInfo::startupCaption()));
     LoadDataDirectory();
+    // Without the game's data folder nothing else can work: the window says so where the form is.
+    if (!FSO.FolderExists(strDataDir)) {
+        fraFirstStart->show();
+        fraFirstStart->raise();
+        placeFirstStart();
+    }
     cboCondition->setCurrentIndex(0);
     cboEffect->setCurrentIndex(0);
 }
@@ -739,6 +806,7 @@ void WepnEditor_Main::LoadDataDirectory()
 void WepnEditor_Main::StoreDataDirectory(const std::string &dataDir)
 {
     DataDirectorySetting::store(m_settings, PathText::toQString(dataDir));
+    fraFirstStart->hide();
     // The derived paths follow at once, so an Open right after the dialog uses the new folder.
     setDataDirectory(dataDir);
 }
@@ -797,9 +865,16 @@ void WepnEditor_Main::dropEvent(QDropEvent *event)
 
 // --- Fitting the screen ---------------------------------------------------------------------------
 
+void WepnEditor_Main::placeFirstStart()
+{
+    // Over the results frame, which is of no use before a script is open.
+    fraFirstStart->move(centralWidget()->mapTo(this, QPoint(px(4320), px(1500))));
+}
+
 void WepnEditor_Main::showEvent(QShowEvent *event)
 {
     fitToScreen();
+    placeFirstStart();
     QMainWindow::showEvent(event);
 }
 

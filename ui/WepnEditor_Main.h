@@ -8,6 +8,7 @@
 #include <QHash>
 #include <QMainWindow>
 #include <QPointer>
+#include <QVariant>
 
 #include <array>
 #include <cstdint>
@@ -20,12 +21,16 @@
 class QAction;
 class QCheckBox;
 class QComboBox;
+class QFrame;
 class QGroupBox;
 class QLabel;
 class QLineEdit;
 class QListWidget;
+class QMenu;
 class QPushButton;
 class QSettings;
+class QTimer;
+class QUndoStack;
 class frmDecompiledDataDir;
 namespace GameReading {
 struct GameScript;
@@ -49,7 +54,8 @@ public:
     CustomFSO FSO;
     // 1 once a script has been read in, 0 before and after an abandoned read.
     std::int16_t intLoaded = 0;
-    // Set by the user's edits; cleared when a script is read in or saved.
+    // Set by the user's edits; cleared when a script is read in or saved, and by undoing back to
+    // the state that was read in or saved.
     bool bModified = false;
     // The document; document.Weapon is the window's one KorvathWeapon. Its three entry lists are
     // what lstWeaponResults, lstArmorFamilies and lstAccuracy show, entry for entry.
@@ -78,6 +84,11 @@ public:
     // The field labels in the order they are built (objectNames lblML_0, lblML_1, ...).
     std::vector<QLabel *> lblML;
     QLabel *lblBurstShots = nullptr;
+    // At a start without a data folder: what to do first, and a button that does it.
+    QFrame *fraFirstStart = nullptr;
+    QPushButton *cmdChooseDataFolder = nullptr;
+    // Shown next to a number field for a moment when its key filter drops a typed character.
+    QLabel *lblNumberHint = nullptr;
 
     QListWidget *lstWeaponResults = nullptr;
     QComboBox *cboCondition = nullptr;
@@ -110,8 +121,13 @@ public:
 
     // Menu commands (File: Open, Save, Exit; Settings > Manage Directories: DecompiledData).
     QAction *Open = nullptr;
+    // File > Open Recent: the last scripts read in or saved, newest first, kept in the settings.
+    QMenu *OpenRecent = nullptr;
     QAction *Save = nullptr;
     QAction *Exit = nullptr;
+    // Edit: Undo and Redo, one step per Add, Remove and Apply, and per change of a field.
+    QAction *Undo = nullptr;
+    QAction *Redo = nullptr;
     QAction *DecompiledData = nullptr;
     // Settings > Read Scripts as the Game Does: checkable, kept in the user's settings.
     QAction *ReadAsGame = nullptr;
@@ -134,11 +150,20 @@ public:
     bool LoadWeaponEffects();
     bool LoadFamilyList();
     // After a complete Open: tells the user what a save without edits would change in what the
-    // game reads from the script, if anything.
-    void warnOfSaveChanges(const std::string &bytes);
+    // game reads from the script, if anything. True when the user chose to read it as the game does.
+    bool warnOfSaveChanges(const std::string &bytes);
+    // Whether the open script was read as the game reads it (then it is saved in its own text).
+    bool readsAsTheGame() const { return m_gameScript != nullptr; }
+    // Whether the file at path is the script as it was read or last saved, changed since by another
+    // program (the bytes differ; a file that is gone has nothing to lose).
+    bool changedOnDisk(const std::string &path) const;
     // The command line's and a drop's Open: the same checks, family lists and read as File > Open
     // with the path in place of the dialog's answer. False when nothing was read in.
     bool OpenPath(const QString &path);
+    // An entry of File > Open Recent: the same steps as File > Open; a script that is gone leaves
+    // the list with a message.
+    void OpenRecent_Click(const QString &path);
+    QStringList recentScripts() const;
     // The unsaved-changes question before the document is replaced or the window closes; false
     // when the user keeps the document (Cancel, or a Save As that did not complete).
     bool resolveUnsavedChanges();
@@ -184,6 +209,30 @@ public:
     // The selected entry, or nothing.
     static std::optional<std::size_t> selectedEntry(const QListWidget *list);
 
+    // --- Undo and redo (WepnEditor_Undo.cpp) ------------------------------------------------------
+    // What one step changes and its undo restores: the fields' values by control, and for the
+    // commands of the three lists their tables, entries and selections.
+    using FormState = QHash<QWidget *, QVariant>;
+    struct ListsState
+    {
+        std::vector<WeaponResult> results;
+        std::vector<std::string> resultEntries;
+        std::vector<FamilyPenetration> penetrations;
+        std::vector<std::string> armourEntries;
+        std::vector<FamilyAccuracy> accuracies;
+        std::vector<std::string> accuracyEntries;
+        std::array<int, 3> selected{};
+        bool operator==(const ListsState &) const = default;
+    };
+    struct EditState
+    {
+        FormState form;
+        std::optional<ListsState> lists;
+    };
+    QUndoStack *undoStack() const { return m_undoStack; }
+    // Shows `to` wherever it differs from `from`; what else the user changed since stays.
+    void restoreState(const EditState &to, const EditState &from);
+
     // The label text of a field (without its colon), for messages; empty when it has none.
     QString fieldLabel(std::string_view controlName) const;
     QWidget *control(std::string_view controlName) const;
@@ -199,6 +248,22 @@ private:
     bool prepareOpen();
     void openFailed();
     void openChosenScript(const QString &path);
+    // The script's path and bytes as read or last saved, to tell a later change by another program.
+    void rememberOnDisk(const std::string &bytes);
+    void showNumberHint(QLineEdit *field);
+    void buildUndo();
+    void placeFirstStart();
+    void rememberRecent(const QString &path);
+    void showRecent(const QStringList &paths);
+    // A list command as one step, with what it changed in the lists and the fields.
+    void recordStep(const QString &name, void (WepnEditor_Main::*command)());
+    // A field's value changed, by the user or the program; the user changed it.
+    void fieldChanged(QWidget *field);
+    void userChanged(QWidget *field);
+    ListsState listsState() const;
+    // The undo history belongs to the document read in: a new one starts with each read.
+    void startHistory();
+    void markSaved();
     void setDataDirectory(const std::string &dataDir);
     void buildForm();
     void buildMenus();
@@ -211,4 +276,19 @@ private:
     QHash<QString, QString> m_labels;
     // Beside the document when the script was opened as the game reads it: its text, to save in place.
     std::unique_ptr<GameReading::GameScript> m_gameScript;
+    std::string m_onDiskPath;
+    std::string m_onDiskBytes;
+    // Where decimals can be typed is told once per window.
+    bool m_toldWhereDecimals = false;
+    QTimer *m_hintTimer = nullptr;
+    QUndoStack *m_undoStack = nullptr;
+    QObject *m_inputWatcher = nullptr;
+    // The value each field showed last, and the fields as they were before the changes of the input
+    // event under way, until its step is recorded.
+    FormState m_shown;
+    std::optional<FormState> m_before;
+    // A field whose change was recorded from its edit signal, before its change signal came.
+    QWidget *m_recordedAhead = nullptr;
+    // Changes of one field merge into one step while the focus stays where it is.
+    int m_session = 0;
 };

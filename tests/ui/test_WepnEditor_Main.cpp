@@ -107,7 +107,8 @@ private slots:
             return items.join(QStringLiteral(", "));
         };
         QCOMPARE(describe(window->menuBar()->actions()),
-                 QStringLiteral("File=&File{Open=&Open=Ctrl+O, Save=&Save As...=Ctrl+S off, sep01=-, Exit=E&xit=Ctrl+Q}, "
+                 QStringLiteral("File=&File{Open=&Open=Ctrl+O, OpenRecent=Open &Recent off{}, Save=&Save As...=Ctrl+S off, "
+                                "sep01=-, Exit=E&xit=Ctrl+Q}, Edit=&Edit{Undo=&Undo=Ctrl+Z off, Redo=&Redo=Ctrl+Shift+Z off}, "
                                 "Settings=&Settings{ManageDirectories=&Manage Directories{DecompiledData=&Decompiled Data}, "
                                 "ReadAsGame=Read Scripts as the Game Does}"));
     }

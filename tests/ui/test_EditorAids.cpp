@@ -1,0 +1,354 @@
+// SPDX-License-Identifier: MIT
+// What keeps a mod author's work and values safe in the window: the number fields in each reading
+// mode, the question before a save over a script changed on disk, the notice's way to the game
+// reading, undo and redo, and recent scripts. All questions are answered through the dialog seam.
+#include "WindowFixture.h"
+#include "frmDecompiledDataDir.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPushButton>
+
+// Records the questions these features add ("notice: ...", "replace? ...") with the messages.
+class AnsweringDialogs : public ScriptedDialogs
+{
+public:
+    QQueue<bool> reopen, replace;
+    QQueue<SaveChoice> choices;
+    SaveChoice askSaveChanges(const QString &text) override
+    {
+        message(QStringLiteral("ask: ") + text, {});
+        return choices.isEmpty() ? SaveChoice::Cancel : choices.dequeue();
+    }
+    bool noticeOfferingGameReading(const QString &text) override { return answer("notice: ", text, reopen); }
+    bool replaceChangedFile(const QString &text) override { return answer("replace? ", text, replace); }
+
+private:
+    bool answer(const char *kind, const QString &text, QQueue<bool> &answers)
+    {
+        message(QLatin1String(kind) + text, {});
+        return !answers.isEmpty() && answers.dequeue();
+    }
+};
+
+static const QByteArray kScript = "StartWeaponConfig(NewWeaponType,\"Fixed\",\"Bullet\",\"Sparks\",\"Normal\",3,4,0,0,0,2,8,"
+                                  "1,0,9,10,12,5,1,13,14,15,\"\",0,0,0)\r\n"
+                                  "AddWeaponResult(NewWeaponType,\"Hit\",\"DamageHealth\",\"Target\",1,2,\"\")\r\n"
+                                  "setAngles(NewWeaponType,18,19,20,21,22)\r\n";
+
+static void retype(QLineEdit *field, const QString &text)
+{
+    field->setFocus();
+    field->selectAll();
+    QTest::keyClicks(field, text);
+}
+
+static void select(QListWidget *list, int row)
+{
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(row)).center());
+}
+
+class TestEditorAids : public WindowTest
+{
+    Q_OBJECT
+
+    // The three lists, the edited fields and the unsaved-changes state.
+    QString state() const
+    {
+        const WepnEditor_Main &w = *window;
+        QStringList shown{rows(w.lstWeaponResults), rows(w.lstArmorFamilies), rows(w.lstAccuracy)};
+        for (const QLineEdit *field : {w.txtFiringArc, w.txtMinEffect, w.txtMaxEffect, w.txtPenetration, w.txtAccuracy})
+            shown << field->text();
+        shown << w.cboEffect->currentText() << (w.chkAlwaysDMG->isChecked() ? QStringLiteral("ticked") : QString())
+              << (w.bModified ? QStringLiteral("modified") : QString());
+        return shown.join(QLatin1Char(';'));
+    }
+
+    AnsweringDialogs *answering = nullptr;
+    QString script;
+
+    // A window over the samples with the answering dialogs, the script above in a file of its own,
+    // opened in the given reading mode. The messages of the Open are kept in opened.
+    QStringList opened;
+    void openScript(bool asTheGameDoes, const QByteArray &bytes = kScript, bool reopen = false)
+    {
+        startWindow(true, true);
+        auto replaced = std::make_unique<AnsweringDialogs>();
+        replaced->reopen.enqueue(reopen);
+        dialogs = answering = replaced.get();
+        window = std::make_unique<WepnEditor_Main>(*settings, std::move(replaced));
+        window->Form_Load();
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        window->ReadAsGame->setChecked(asTheGameDoes);
+        script = dir.filePath(QStringLiteral("Gun.wepn"));
+        writeFile(script, bytes);
+        open(script);
+        QCOMPARE(window->readsAsTheGame(), asTheGameDoes || reopen);
+        opened = dialogs->messages;
+        dialogs->messages.clear();
+    }
+
+private slots:
+    void numberFields_data()
+    {
+        QTest::addColumn<bool>("game");
+        QTest::addColumn<QString>("kept");
+        QTest::addColumn<QString>("hint");
+        QTest::newRow("editor") << false << "0751"
+                                << "Whole numbers only: this field takes the digits 0 to 9.\nFor decimals and signs, "
+                                   "choose Settings > Read Scripts as the Game Does and open the script again.";
+        QTest::newRow("game") << true << "-0.75e1" << "Numbers only: digits, a point, a sign and an exponent (1.5E-2).";
+    }
+    // Each mode's filter on the three fields; a dropped character is shown next to the field.
+    void numberFields()
+    {
+        QFETCH(bool, game);
+        QFETCH(QString, kept);
+        QFETCH(QString, hint);
+        openScript(game);
+        QVERIFY(window->lblNumberHint->isHidden());
+        for (QLineEdit *field : {window->txtMinEffect, window->txtMaxEffect, window->txtPenetration}) {
+            field->clear();
+            QTest::keyClicks(field, QStringLiteral("x"));
+            QVERIFY(!window->lblNumberHint->isHidden());
+            // Where decimals can be typed is said once.
+            QCOMPARE(window->lblNumberHint->text(), field == window->txtMinEffect ? hint : hint.section(QLatin1Char('\n'), 0, 0));
+            QTest::keyClicks(field, QStringLiteral("-0.75e1x"));
+            QCOMPARE(field->text(), kept);
+        }
+        QVERIFY(dialogs->messages.isEmpty());
+        // What the game reads is applied; what is no number is still refused.
+        window->txtMinEffect->setText(kept);
+        window->cmdAdd->click();
+        QCOMPARE(window->lstWeaponResults->item(1)->text(),
+                 game ? QStringLiteral("Hit - DamageHealth - -7.5 - -7.5 - ") : QStringLiteral("Hit - DamageHealth - 751 - 751 - "));
+        window->txtMinEffect->setText(QStringLiteral("1e"));
+        window->cmdAdd->click();
+        QCOMPARE(dialogs->messages, QStringList{QStringLiteral("\"Minimum Effect\" must hold a number, not \"1e\". Nothing was changed.")});
+        QCOMPARE(window->lstWeaponResults->count(), 2);
+    }
+
+    // In both modes, saving over the opened script asks when another program changed it.
+    void changedOnDisk()
+    {
+        for (const bool game : {false, true}) {
+            openScript(game);
+            window->txtFiringArc->setText(QStringLiteral("30"));
+            save(script); // unchanged on disk: saved without a question
+            QCOMPARE(dialogs->messages, QStringList{QStringLiteral("Successfully saved to '%1'").arg(script)});
+            const QByteArray edited = fileBytes(script).replace("30,19", "31,19");
+            writeFile(script, edited);
+            dialogs->messages.clear();
+            const auto question = [](const QString &path) {
+                return QStringLiteral("replace? '%1' was changed on disk after the editor read it. Saving replaces those "
+                                      "changes with the window's values.\n\nReplace it anyway?").arg(path);
+            };
+            save(script);
+            QCOMPARE(dialogs->messages, QStringList{question(script)});
+            QCOMPARE(fileBytes(script), edited);
+            const QString other = dir.filePath(QStringLiteral("Other.wepn"));
+            save(other);
+            writeFile(other, "-- changed\r\n");
+            dialogs->messages.clear();
+            answering->replace.enqueue(true);
+            save(other);
+            QCOMPARE(dialogs->messages, (QStringList{question(other), QStringLiteral("Successfully saved to '%1'").arg(other)}));
+            QVERIFY(fileBytes(other).contains("setAngles(NewWeaponType,30,19"));
+        }
+    }
+
+    // The notice's button switches the setting on and reads the same script again as the game does.
+    void noticeReopensAsTheGameReads()
+    {
+        const QByteArray commented = "-- a comment the editor's save drops\r\n" + kScript + "setMissileKiller(NewWeaponType,1);\r\n";
+        for (const bool reopen : {false, true}) {
+            openScript(false, commented, reopen);
+            QCOMPARE(opened.size(), 1);
+            QVERIFY(opened.first().startsWith(QStringLiteral("notice: Saving '%1' may change").arg(script)));
+            QCOMPARE(window->readsAsTheGame(), reopen);
+        }
+        QVERIFY(window->ReadAsGame->isChecked());
+        QCOMPARE(settings->value(QStringLiteral("Reading/ReadScriptsAsTheGameDoes")).toBool(), true);
+        QCOMPARE(window->intLoaded, 1);
+        QCOMPARE(window->txtFiringArc->text(), QStringLiteral("18"));
+        save(dir.filePath(QStringLiteral("Same.wepn")));
+        QCOMPARE(fileBytes(dir.filePath(QStringLiteral("Same.wepn"))), commented);
+    }
+
+    // Each list command and each field's change is one step; undo and redo walk back and forth
+    // through exactly the states the window showed, the unsaved-changes state included.
+    void undoAndRedo()
+    {
+        openScript(false);
+        WepnEditor_Main &w = *window;
+        QApplication::setActiveWindow(&w);
+        QVERIFY(!w.Undo->isEnabled() && !w.Redo->isEnabled());
+        // The entries are selected first: what a selection shows is no step of its own.
+        select(w.lstWeaponResults, 0);
+        select(w.lstArmorFamilies, 1);
+        select(w.lstAccuracy, 2);
+        QStringList states{state()};
+        auto stepped = [&](const char *undoText) {
+            QCOMPARE(w.Undo->text(), QLatin1String(undoText));
+            states << state();
+        };
+        retype(w.txtFiringArc, QStringLiteral("30"));
+        stepped("&Undo Firing Arc");
+        retype(w.txtMaxEffect, QStringLiteral("7"));
+        stepped("&Undo Maximum Effect");
+        QTest::mouseClick(w.cmdApply, Qt::LeftButton);
+        stepped("&Undo Apply");
+        retype(w.txtPenetration, QStringLiteral("3"));
+        stepped("&Undo Penetration Value");
+        QTest::mouseClick(w.cmdPenApply, Qt::LeftButton);
+        stepped("&Undo Penetration Apply");
+        QTest::mouseClick(w.chkAlwaysDMG, Qt::LeftButton);
+        stepped("&Undo Always Causes Damage");
+        QTest::mouseClick(w.cmdAccApply, Qt::LeftButton);
+        stepped("&Undo Accuracy Apply");
+        QTest::keyClick(w.cboEffect, Qt::Key_End); // SpawnWeaponFire sets both effects to 0 in the same step
+        stepped("&Undo Effect");
+        QTest::mouseClick(w.cmdAdd, Qt::LeftButton);
+        stepped("&Undo Add");
+        QTest::mouseClick(w.cmdRemove, Qt::LeftButton);
+        stepped("&Undo Remove");
+        QCOMPARE(states.last(), QStringLiteral(
+            "Hit - SpawnWeaponFire - 0 - 0 - ;Unarmoured - 0|LightArmour - 3|MediumArmour - 0|HeavyArmour - 0|ShieldedHull - 0;"
+            "Fighter - 1 - 0|Corvette - 1 - 0|Frigate - 1 - 1|Capital - 1 - 0|Utility - 1 - 0;30;0;0;3;1;SpawnWeaponFire;ticked;modified"));
+
+        // Ctrl+Z in a text field is the window's undo.
+        QTest::keyClick(w.txtFiringArc, Qt::Key_Z, Qt::ControlModifier);
+        for (qsizetype i = states.size() - 2; i >= 0; --i) {
+            QCOMPARE(state(), states[i]);
+            if (i > 0)
+                w.Undo->trigger();
+        }
+        QVERIFY(!w.Undo->isEnabled() && !w.bModified);
+        QTest::keyClick(w.txtFiringArc, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+        for (qsizetype i = 1; i < states.size(); ++i) {
+            QCOMPARE(state(), states[i]);
+            if (i + 1 < states.size())
+                w.Redo->trigger();
+        }
+        // After a save, undo makes the window differ from the file again.
+        save(dir.filePath(QStringLiteral("Saved.wepn")));
+        QVERIFY(!w.bModified);
+        w.Undo->trigger();
+        QVERIFY(w.bModified);
+        w.Redo->trigger();
+        QVERIFY(!w.bModified);
+    }
+
+    // Open Recent lists the last 8 scripts read or saved, newest first, in the settings; an entry
+    // takes Open's steps, and one whose file is gone leaves the list with a message.
+    void openRecent()
+    {
+        openScript(false);
+        for (int i = 0; i < 9; ++i)
+            save(dir.filePath(QStringLiteral("Gun%1.wepn").arg(i)));
+        QStringList expected;
+        for (int i = 8; i > 0; --i)
+            expected << dir.filePath(QStringLiteral("Gun%1.wepn").arg(i));
+        QCOMPARE(settings->value(QStringLiteral("Recent/Scripts")).toStringList(), expected);
+        QCOMPARE(window->OpenRecent->actions().first()->text(), QStringLiteral("&1 ") + QDir::toNativeSeparators(expected.first()));
+
+        QVERIFY(QFile::remove(expected[1]));
+        dialogs->messages.clear();
+        window->OpenRecent->actions()[1]->trigger();
+        QCOMPARE(dialogs->messages, QStringList{QStringLiteral("The file '%1' does not exist. It was taken off File > "
+                                                               "Open Recent.").arg(expected[1])});
+        expected.removeAt(1);
+        QCOMPARE(settings->value(QStringLiteral("Recent/Scripts")).toStringList(), expected);
+
+        // The unsaved-changes question first: Cancel keeps the script, Discard opens the chosen one.
+        retype(window->txtFiringArc, QStringLiteral("5"));
+        dialogs->messages.clear();
+        window->OpenRecent->actions()[2]->trigger();
+        QCOMPARE(dialogs->messages, QStringList{QStringLiteral("ask: Save changes to Gun8.wepn?")});
+        answering->choices.enqueue(Dialogs::SaveChoice::Discard);
+        window->OpenRecent->actions()[2]->trigger();
+        QVERIFY(window->windowTitle().endsWith(QFileInfo(expected[2]).fileName()));
+        QCOMPARE(window->txtFiringArc->text(), QStringLiteral("18"));
+    }
+
+    void whatTheGameReads_data()
+    {
+        QTest::addColumn<bool>("game");
+        QTest::addColumn<QString>("accuracy");
+        QTest::addColumn<QString>("activation");
+        QTest::newRow("editor") << false << "Fighter - 0.5 - 0|Corvette - 1 - 0|Frigate - 1 - 0|Capital - 1 - 0|Utility - 1 - 0"
+                                << "";
+        QTest::newRow("game") << true << "Fighter - 0.5 - 0|Corvette - 0 - 0|Frigate - 0 - 0|Capital - 0 - 0|Utility - 0 - 0"
+                              << "Dropped";
+    }
+    // Read as the game reads it, the window shows the statement's default accuracy for families the
+    // script does not name, and an activation the drop-down lacks as the script's text, which a
+    // save keeps.
+    void whatTheGameReads()
+    {
+        QFETCH(bool, game);
+        QFETCH(QString, accuracy);
+        QFETCH(QString, activation);
+        QByteArray mine = QByteArray(kScript).replace("\"Normal\"", "\"Dropped\"") + "setAccuracy(NewWeaponType,0,\r\n{Fighter=0.5,})\r\n";
+        openScript(game, mine);
+        QCOMPARE(rows(window->lstAccuracy), accuracy);
+        QCOMPARE(window->cboActivation->currentText(), activation);
+        if (!game)
+            return;
+        retype(window->txtFiringArc, QStringLiteral("30"));
+        save(script);
+        QCOMPARE(fileBytes(script), mine.replace("setAngles(NewWeaponType,18,", "setAngles(NewWeaponType,30,"));
+        // Another script's open takes the script's own item away again.
+        writeFile(script, kScript);
+        open(script);
+        QCOMPARE(window->cboActivation->count(), 3);
+        QCOMPARE(window->cboActivation->currentText(), QStringLiteral("Normal"));
+    }
+
+    // A first start says what to do first and does it; the dark palette keeps the check box's
+    // label readable; the unsaved-changes question's Discard has its access key.
+    void firstStartDarkPaletteAndDiscard()
+    {
+        startWindow(false, true);
+        QVERIFY(window->fraFirstStart->isVisible());
+        QCOMPARE(window->fraFirstStart->findChild<QLabel *>(QStringLiteral("lblFirstStart"))->text(),
+                 QStringLiteral("To begin, choose the game's unpacked data folder (the one holding Scripts and Weapon). "
+                                "Then open a weapon script with File > Open."));
+        QTest::mouseClick(window->cmdChooseDataFolder, Qt::LeftButton);
+        QPointer<frmDecompiledDataDir> folder = window->directoryDialog();
+        QVERIFY(folder);
+        folder->txtDataDir->setText(data);
+        folder->cmdOK->click();
+        QVERIFY(!window->fraFirstStart->isVisible());
+
+        const QPalette platform = QApplication::palette();
+        QPalette dark = platform;
+        for (const auto role : {QPalette::Window, QPalette::Button, QPalette::Base})
+            dark.setColor(role, QColor(0x30, 0x30, 0x30));
+        for (const auto role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Text})
+            dark.setColor(role, Qt::white);
+        QApplication::setPalette(dark);
+        startWindow();
+        QApplication::setPalette(platform);
+        QVERIFY(window->fraFirstStart->isHidden());
+        const QPalette check = window->chkAlwaysDMG->palette();
+        QCOMPARE(check.color(window->chkAlwaysDMG->backgroundRole()), QColor(0xC0, 0xC0, 0xC0));
+        QCOMPARE(check.color(window->chkAlwaysDMG->foregroundRole()), QColor(Qt::black));
+
+        QMessageBox box;
+        prepareSaveChangesBox(box, QStringLiteral("Save changes to Gun.wepn?"));
+        QStringList buttons;
+        for (const QAbstractButton *button : box.buttons())
+            buttons << button->text();
+        buttons.sort();
+        QCOMPARE(buttons, (QStringList{QStringLiteral("&Cancel"), QStringLiteral("&Discard"), QStringLiteral("&Save As...")}));
+    }
+};
+
+QTEST_MAIN(TestEditorAids)
+#include "test_EditorAids.moc"
