@@ -344,6 +344,9 @@ std::optional<std::string> setCell(WeaponValues &values, const Column &column, s
     case Column::Kind::Penetration:
         return setOptional(values.penetrations[column.index], text, false);
     case Column::Kind::Accuracy:
+        // A family taken out of the tables takes its damage flag with it.
+        if (text.empty())
+            values.damageFlags[column.index].reset();
         return setOptional(values.accuracies[column.index], text, true);
     case Column::Kind::AlwaysDamage: {
         std::optional<std::int16_t> &flag = values.damageFlags[column.index];
@@ -382,14 +385,15 @@ std::optional<std::string> changeCell(WeaponValues &values, const Column &column
     double operand = 0;
     if (auto error = readNumber(text, operand))
         return error;
-    const std::string held = cellText(values, column);
-    if (held.empty())
-        return std::nullopt;
-    const std::optional<double> value = NumberText::readReal(held);
     const bool isText = column.kind == Column::Kind::Field
-                        && std::holds_alternative<std::string KorvathWeapon::*>(fields()[column.index].member);
-    if (!value || isText || (column.kind == Column::Kind::Result && column.part != 3 && column.part != 4))
+                        ? std::holds_alternative<std::string KorvathWeapon::*>(fields()[column.index].member)
+                        : column.kind == Column::Kind::Result && column.part != 3 && column.part != 4;
+    if (isText)
         return std::string("holds a text, which cannot be computed with");
+    const std::string held = cellText(values, column);
+    const std::optional<double> value = NumberText::readReal(held);
+    if (!value)
+        return std::nullopt;
     const double result = operation == Operation::Multiply ? *value * operand : *value + operand;
     if (!std::isfinite(result))
         return "the result " + NumberText::exactText(result) + " is not a number";
@@ -400,7 +404,9 @@ std::vector<Problem> finish(WeaponValues &values)
 {
     std::vector<Problem> problems;
     for (std::size_t i = 0; i < values.accuracies.size(); ++i) {
-        if (!values.accuracies[i] && values.damageFlags[i])
+        if (!values.accuracies[i] && values.damageFlags[i] == 0)
+            values.damageFlags[i].reset();
+        else if (!values.accuracies[i] && values.damageFlags[i])
             problems.push_back({{Column::Kind::AlwaysDamage, i, 0}, "needs a value in the family's Accuracy column"});
         else if (values.accuracies[i] && !values.damageFlags[i])
             values.damageFlags[i] = 0;
