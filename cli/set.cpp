@@ -76,6 +76,8 @@ int runSet(const CommandLine &commandLine, const FamilyList &familyList)
         Change change;
         if (const auto reason = readChange(argument, families, change))
             return usage(*reason);
+        if (change.operation != Operation::Set && NamedValues::holdsText(change.column))
+            return usage("'" + argument + "': " + change.name + " holds a text, which cannot be computed with");
         changes.push_back(std::move(change));
     }
     for (const std::string &argument : commandLine.where) {

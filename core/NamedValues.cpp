@@ -260,6 +260,13 @@ std::vector<Column> columns(const Families &families, std::size_t resultCount)
     return all;
 }
 
+bool holdsText(const Column &column)
+{
+    if (column.kind == Column::Kind::Field)
+        return std::holds_alternative<std::string KorvathWeapon::*>(fields()[column.index].member);
+    return column.kind == Column::Kind::Result && column.part != 3 && column.part != 4;
+}
+
 WeaponValues valuesOf(const EditorDocument &document, const std::vector<bool> &namedArmour,
                       const std::vector<bool> &namedAttack)
 {
@@ -385,10 +392,7 @@ std::optional<std::string> changeCell(WeaponValues &values, const Column &column
     double operand = 0;
     if (auto error = readNumber(text, operand))
         return error;
-    const bool isText = column.kind == Column::Kind::Field
-                        ? std::holds_alternative<std::string KorvathWeapon::*>(fields()[column.index].member)
-                        : column.kind == Column::Kind::Result && column.part != 3 && column.part != 4;
-    if (isText)
+    if (holdsText(column))
         return std::string("holds a text, which cannot be computed with");
     const std::string held = cellText(values, column);
     const std::optional<double> value = NumberText::readReal(held);

@@ -57,6 +57,8 @@ std::optional<Column> parseColumn(std::string_view name, const Families &familie
 // The fields, then penetration, accuracy and damage flag for each family in the family list's
 // order, then the parts of results 1 to resultCount.
 std::vector<Column> columns(const Families &families, std::size_t resultCount);
+// Whether the column holds a text rather than a number.
+bool holdsText(const Column &column);
 
 struct ResultCells
 {

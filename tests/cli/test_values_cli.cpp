@@ -176,3 +176,54 @@ TEST_F(ValuesCliTest, TableThenApplyWritesOnlyTheChangedCells)
     EXPECT_EQ(shown.substr(0, 55), "Weapon Type = AnimatedTurret\nWeapon Fire Type = Bullet\n");
     EXPECT_NE(shown.find("\nPenetration: Beta = 0.5\nAccuracy: Corvette = 0.25\n"), std::string::npos);
 }
+
+TEST_F(ValuesCliTest, BadTablesAndArgumentsWriteNothingForTheScriptsTheyConcern)
+{
+    copyMod("Before");
+    const std::string csv = run({"table", "Mod"}).out;
+    std::string unknown = csv;
+    unknown.replace(unknown.find("Firing Range"), 12, "Firing Rang");
+    dir.write("unknown.csv", unknown);
+    dir.write("bad.csv", "Path,Firing Range,Fire Axis,Accuracy: Beta,Result 1 Minimum Effect\r\n"
+                         "Mod/flak.wepn,far,99999,1.5,\r\nMod/stock.wepn,1234,0,,35\r\n\"Mod/stock.wepn\r\n");
+    dir.write("half.csv", "Path,Result 3 Condition,Result 1 Spawned FX\r\nMod/stock.wepn,Hit,Boom\r\n");
+    const std::pair<std::vector<std::string>, Outcome> rows[] = {
+        {{"apply", "unknown.csv"}, {1, "", "unknown.csv:1: error: column G (Firing Rang): no value has this name; nothing was written\n"}},
+        {{"apply", "bad.csv"}, {1, "", "bad.csv:4: error: a quoted field is not closed; nothing was written\n"}},
+        {{"apply", "half.csv"},
+         {1, "", "half.csv:2: error: column C (Result 1 Spawned FX): a spawned effect needs the effect SpawnWeaponFire\n"
+                 "half.csv:2: error: Result 3 Minimum Effect: a number is needed, as the result has other cells\n"
+                 "half.csv:2: error: Result 3 Maximum Effect: a number is needed, as the result has other cells\n"}},
+        {{"set", "Mod", "Weapon Type*=2"},
+         {2, "", "vantorel-cli: 'Weapon Type*=2': Weapon Type holds a text, which cannot be computed with (see vantorel-cli --help)\n"}},
+        {{"set", "Mod", "Range=2"}, {2, "", "vantorel-cli: 'Range=2': no value is named 'Range' (see vantorel-cli --help)\n"}},
+        {{"set", "Mod", "Firing Range=", "--where", "Weapon Fire Type=Bullet"},
+         {1, "", "Mod/flak.wepn:8: error: Firing Range: a number is needed here\n"}},
+    };
+    for (const auto &[arguments, outcome] : rows) {
+        const Outcome got = run(arguments);
+        EXPECT_EQ(std::tie(got.status, got.out, got.err), std::tie(outcome.status, outcome.out, outcome.err)) << arguments[1];
+    }
+    EXPECT_EQ(run({"diff", "Before", "Mod"}).out, "");
+
+    // A bad cell keeps its script as it is; the other rows are still written.
+    std::string bad = file("bad.csv");
+    dir.write("bad.csv", bad.substr(0, bad.rfind("\"Mod")));
+    const Outcome partly = run({"apply", "bad.csv"});
+    EXPECT_EQ(partly.status, 1);
+    EXPECT_EQ(partly.out, "Mod/stock.wepn:2: Firing Range 4410 -> 1234\n");
+    EXPECT_EQ(partly.err, "bad.csv:2: error: column B (Firing Range): 'far' is not a number\n"
+                          "bad.csv:2: error: column C (Fire Axis): '99999' is beyond -32768 to 32767\n"
+                          "bad.csv:2: error: column D (Accuracy: Beta): '1.5' is outside 0 to 1\n");
+    EXPECT_EQ(file("Mod/flak.wepn"), file("Before/flak.wepn"));
+
+    // The first table is older than that change: it would undo it.
+    dir.write("old.csv", csv);
+    const Outcome stale = run({"apply", "old.csv"});
+    EXPECT_EQ(stale.status, 1);
+    EXPECT_EQ(stale.out, "");
+    EXPECT_EQ(stale.err, "old.csv:3: error: Mod/stock.wepn changed since the table was made, and the table would undo "
+                         "that; apply --force writes the table's values anyway\n");
+    EXPECT_EQ(run({"apply", "--force", "old.csv"}).out, "Mod/stock.wepn:2: Firing Range 1234 -> 4410\n");
+    EXPECT_EQ(run({"diff", "Before", "Mod"}).status, 0);
+}
