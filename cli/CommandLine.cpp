@@ -25,7 +25,7 @@ const char *const kUsage =
     "                        change nothing\n"
     "  table                 a CSV table of every value of the scripts, one row each\n"
     "  apply                 write the cells of a table that differ into its scripts\n"
-    "  set                   change named values of the scripts: = sets, *= multiplies,\n"
+    "  set                   change named values of scripts: = sets, *= multiplies,\n"
     "                        += adds\n"
     "  diff                  every value the game reads differently in two scripts or\n"
     "                        two folders of scripts (exit 1 when they differ)\n"
