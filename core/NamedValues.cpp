@@ -143,12 +143,21 @@ std::optional<std::string> readWhole(std::string_view text, Int &value)
     return std::nullopt;
 }
 
+// Spreadsheets drop control characters from texts: a text that lost only those is no change.
+void setText(std::string &target, std::string_view text)
+{
+    std::string visible = target;
+    std::erase_if(visible, [](char c) { return static_cast<unsigned char>(c) < 32 || c == 127; });
+    if (text != visible)
+        target = std::string(text);
+}
+
 // Sets one value of the document from a cell's text; an equal number keeps the value held.
 template<typename T>
 std::optional<std::string> setValue(T &target, std::string_view text)
 {
     if constexpr (std::is_same_v<T, std::string>) {
-        target = std::string(text);
+        setText(target, text);
         return std::nullopt;
     } else if constexpr (std::is_same_v<T, double>) {
         double value = 0;
@@ -380,7 +389,7 @@ std::optional<std::string> setCell(WeaponValues &values, const Column &column, s
     ResultCells &cells = values.results[column.index];
     if (column.part == 3 || column.part == 4)
         return setOptional(cells.numbers[column.part - 3], text, false);
-    cells.texts[column.part == 5 ? 3 : column.part] = std::string(text);
+    setText(cells.texts[column.part == 5 ? 3 : column.part], text);
     return std::nullopt;
 }
 
