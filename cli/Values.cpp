@@ -9,6 +9,9 @@
 #include <cstdint>
 #include <thread>
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 using Output::failure;
 using Output::location;
 
@@ -68,9 +71,10 @@ std::optional<std::string> fromUtf8(std::string_view utf8)
 }
 
 std::optional<std::string> openScript(const std::string &path, const NamedValues::Families &families,
-                                      std::string &bytes, AtomicFile::Seen &seen, ScriptValues::Opened &opened)
+                                      std::string &bytes, AtomicFile::Seen &seen, ScriptValues::Opened &opened,
+                                      bool keep)
 {
-    if (const auto error = AtomicFile::read(path, bytes, seen))
+    if (const auto error = AtomicFile::read(path, bytes, seen, keep))
         return location(path, 0) + "error: " + *error;
     const ReadResult result = ScriptValues::open(bytes, families, opened);
     if (!result.completed())
@@ -105,7 +109,9 @@ struct Outcome
 };
 
 // Threads take the scripts a slice at a time and write each slice as one batch, as the in-place
-// normalisation does: most of a thread's time goes to waiting for the disk.
+// normalisation does: most of a thread's time goes to waiting for the disk. The scripts read stay
+// open until after their slice is written, and are closed on a thread of their own: closing the
+// last handle of a replaced file frees its storage, which can take longer than the write.
 constexpr int kThreads = 8;
 constexpr std::size_t kSlice = 64;
 
@@ -121,22 +127,38 @@ int writeChanges(const std::vector<std::string> &paths, const std::vector<Edit> 
     ::sigaction(SIGINT, &action, nullptr);
     ::sigaction(SIGTERM, &action, nullptr);
 
+    // Room for three slices of open scripts for each thread under the limit of open files.
+    struct rlimit files {};
+    ::getrlimit(RLIMIT_NOFILE, &files);
+    if (files.rlim_cur < 4096 && files.rlim_max > files.rlim_cur) {
+        files.rlim_cur = std::min<rlim_t>(files.rlim_max, 4096);
+        ::setrlimit(RLIMIT_NOFILE, &files);
+        ::getrlimit(RLIMIT_NOFILE, &files);
+    }
+    const std::size_t slice = std::clamp<std::size_t>(
+        files.rlim_cur > 64 ? (files.rlim_cur - 32) / (3 * kThreads) : 1, 1, kSlice);
+
     std::vector<Outcome> outcomes(paths.size());
     std::atomic<std::size_t> next{0}, done{0};
     const auto work = [&] {
         AtomicFile::Batch batch(AtomicFile::SyncMethod::Auto);
         std::string bytes;
         std::vector<std::size_t> staged;
-        for (std::size_t first; stopSignal == 0 && (first = next.fetch_add(kSlice)) < paths.size();) {
-            const std::size_t last = std::min(first + kSlice, paths.size());
+        std::vector<int> handles;
+        std::thread closer;
+        for (std::size_t first; stopSignal == 0 && (first = next.fetch_add(slice)) < paths.size();) {
+            const std::size_t last = std::min(first + slice, paths.size());
             staged.clear();
             for (std::size_t i = first; i < last; ++i) {
                 const std::string &path = paths[i];
                 Outcome &outcome = outcomes[i];
                 AtomicFile::Seen seen;
                 ScriptValues::Opened opened;
-                if (auto error = openScript(path, families, bytes, seen, opened)) {
-                    outcome.errors.push_back(std::move(*error));
+                const auto error = openScript(path, families, bytes, seen, opened, true);
+                if (seen.handle >= 0)
+                    handles.push_back(seen.handle);
+                if (error) {
+                    outcome.errors.push_back(*error);
                     continue;
                 }
                 NamedValues::WeaponValues values = opened.values;
@@ -176,10 +198,19 @@ int writeChanges(const std::vector<std::string> &paths, const std::vector<Edit> 
                 if (saveErrors[k])
                     outcomes[staged[k]].errors.push_back(location(paths[staged[k]], 0) + "error: " + *saveErrors[k]);
             done += last - first;
+            if (closer.joinable())
+                closer.join();
+            closer = std::thread([old = std::move(handles)] {
+                for (const int handle : old)
+                    ::close(handle);
+            });
+            handles.clear();
         }
+        if (closer.joinable())
+            closer.join();
     };
     std::vector<std::thread> helpers;
-    for (int k = 1; k < kThreads && static_cast<std::size_t>(k) * kSlice < paths.size(); ++k)
+    for (int k = 1; k < kThreads && static_cast<std::size_t>(k) * slice < paths.size(); ++k)
         helpers.emplace_back(work);
     work();
     for (std::thread &helper : helpers)

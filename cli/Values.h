@@ -28,9 +28,11 @@ std::string toUtf8(std::string_view latin1);
 // Nothing when the text is no UTF-8 or holds a character beyond Latin-1.
 std::optional<std::string> fromUtf8(std::string_view utf8);
 
-// Reads and opens a script; gives the "PATH:LINE: error: ..." line when it cannot.
+// Reads and opens a script; gives the "PATH:LINE: error: ..." line when it cannot. With keep,
+// the file stays open in seen.handle (-1 after a failed read), as AtomicFile::read keeps it.
 std::optional<std::string> openScript(const std::string &path, const NamedValues::Families &families,
-                                      std::string &bytes, AtomicFile::Seen &seen, ScriptValues::Opened &opened);
+                                      std::string &bytes, AtomicFile::Seen &seen, ScriptValues::Opened &opened,
+                                      bool keep = false);
 
 // A value as a change line shows it: "(none)" for no value.
 std::string shownValue(const std::string &cell);

@@ -6,6 +6,8 @@
 #include "Values.h"
 
 #include <algorithm>
+#include <atomic>
+#include <thread>
 #include <cstdio>
 
 using Output::failure;
@@ -24,20 +26,35 @@ int runTable(const CommandLine &commandLine, const std::vector<std::string> &scr
         std::string fingerprint;
         NamedValues::WeaponValues values;
     };
-    std::vector<Row> rows;
+    // Scripts are opened on both cores; the rows keep the order of the paths.
+    std::vector<std::optional<Row>> opened(paths.size());
+    std::vector<std::optional<std::string>> errors(paths.size());
+    std::atomic<std::size_t> next{0};
+    const auto work = [&] {
+        std::string bytes;
+        for (std::size_t i; (i = next++) < paths.size();) {
+            AtomicFile::Seen seen;
+            ScriptValues::Opened script;
+            if ((errors[i] = Values::openScript(paths[i], families, bytes, seen, script)))
+                continue;
+            opened[i] = Row{paths[i], Values::fingerprint(bytes), std::move(script.values)};
+        }
+    };
+    std::thread helper(work);
+    work();
+    helper.join();
+
     int status = 0;
     std::size_t results = 0;
-    std::string bytes;
-    for (const std::string &path : paths) {
-        AtomicFile::Seen seen;
-        ScriptValues::Opened opened;
-        if (const auto error = Values::openScript(path, families, bytes, seen, opened)) {
-            failure(*error);
+    std::vector<Row> rows;
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        if (errors[i]) {
+            failure(*errors[i]);
             status = kExitFailure;
-            continue;
+        } else {
+            results = std::max(results, opened[i]->values.results.size());
+            rows.push_back(std::move(*opened[i]));
         }
-        results = std::max(results, opened.values.results.size());
-        rows.push_back({path, Values::fingerprint(bytes), std::move(opened.values)});
     }
 
     const std::vector<NamedValues::Column> columns = NamedValues::columns(families, results);
