@@ -113,7 +113,7 @@ struct Outcome
 // open until after their slice is written, and are closed on a thread of their own: closing the
 // last handle of a replaced file frees its storage, which can take longer than the write.
 constexpr int kThreads = 8;
-constexpr std::size_t kSlice = 64;
+constexpr std::size_t kSlice = 128;
 
 } // namespace
 
@@ -181,8 +181,8 @@ int writeChanges(const std::vector<std::string> &paths, const std::vector<Edit> 
                         continue;
                     const std::string now = NamedValues::cellText(values, column);
                     // A value that is there after the change is shown where it stands then.
-                    const int line = now.empty() ? ScriptValues::lineOf(opened, column)
-                                                 : ScriptValues::lineOf(saved.reread, column);
+                    const int line = now.empty() || !saved.reread ? ScriptValues::lineOf(opened, column)
+                                                                  : ScriptValues::lineOf(*saved.reread, column);
                     outcome.changes.push_back(changeLine(path, line, NamedValues::columnName(column, families),
                                                          NamedValues::cellText(opened.values, column), now));
                 }

@@ -200,11 +200,15 @@ int lineOf(const Opened &opened, const Column &column)
     return statement ? argumentLine(*statement, column.part + 1) : 0;
 }
 
-Saved save(const Opened &opened, const NamedValues::WeaponValues &values, const NamedValues::Families &families)
+Saved save(Opened &opened, const NamedValues::WeaponValues &values, const NamedValues::Families &families)
 {
-    GameReading::GameScript script = opened.script;
+    GameReading::GameScript &script = opened.script;
     EditorDocument document = script.opened;
     NamedValues::writeTo(values, document);
+    // The document remembered as opened is changed only for the save, and restored after it.
+    const std::vector<FamilyPenetration> penetrations = script.opened.FamilyPenetrations;
+    const std::vector<FamilyAccuracy> accuracies = script.opened.FamilyAccuracies;
+    const std::vector<std::string> results = script.opened.lstWeaponResults;
     const NamedValues::WeaponValues &was = opened.values;
     for (std::size_t i = 0; i < values.penetrations.size(); ++i)
         if (!was.penetrations[i] && values.penetrations[i] && i < script.opened.FamilyPenetrations.size())
@@ -220,6 +224,9 @@ Saved save(const Opened &opened, const NamedValues::WeaponValues &values, const 
             script.opened.lstWeaponResults[i] += '\x7f';
 
     GameReading::SaveText text = GameReading::SaveGameScript(script, document);
+    script.opened.FamilyPenetrations = penetrations;
+    script.opened.FamilyAccuracies = accuracies;
+    script.opened.lstWeaponResults = results;
     if (!text.problems.empty())
         return {{}, std::move(text.problems), {}};
 
@@ -245,9 +252,27 @@ Saved save(const Opened &opened, const NamedValues::WeaponValues &values, const 
         text.bytes = SyntaxPrinter::print(parse.script);
     }
 
-    // What the game reads from the new text must be exactly the values given.
+    // Values written over values, with every line where it was, are the layout-keeping save's own
+    // work, which is checked against the game's view where it is built. Anything that adds or
+    // removes text is read again: what the game reads from it must be exactly the values given.
     Saved saved;
-    Opened &again = saved.reread;
+    const auto lineEnds = [](std::string_view bytes) { return std::count(bytes.begin(), bytes.end(), '\n'); };
+    const auto named = [](const auto &values) {
+        std::vector<bool> has;
+        for (const auto &value : values)
+            has.push_back(value.has_value());
+        return has;
+    };
+    const bool inPlace = !values.turretAdded && values.results.size() == was.results.size()
+                         && named(values.penetrations) == named(was.penetrations)
+                         && named(values.accuracies) == named(was.accuracies)
+                         && lineEnds(text.bytes) == lineEnds(opened.script.bytes);
+    if (inPlace) {
+        saved.bytes = std::move(text.bytes);
+        return saved;
+    }
+    saved.reread.emplace();
+    Opened &again = *saved.reread;
     const ReadResult read = open(text.bytes, families, again);
     if (!read.completed())
         return {{}, {"the changed script cannot be read: " + read.message()}, {}};

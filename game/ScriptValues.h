@@ -33,11 +33,14 @@ struct Saved
     std::string bytes;
     // Why the values cannot be written into the script's own text; then nothing must be written.
     std::vector<std::string> problems;
-    Opened reread; // the bytes opened again, without problems
+    // The bytes opened again, when the save added or removed text: then its lines are not those
+    // of the script opened.
+    std::optional<Opened> reread;
 };
 
-// The script's bytes holding the values. The result is read again as the game reads it, and any
-// value that does not read back as given is a problem.
-Saved save(const Opened &opened, const NamedValues::WeaponValues &values, const NamedValues::Families &families);
+// The script's bytes holding the values. Unless only values were written over values, the result
+// is read again as the game reads it, and any value that does not read back as given is a problem. The opened script is used in place (it
+// is as before when save returns), so that a save does not copy its syntax tree.
+Saved save(Opened &opened, const NamedValues::WeaponValues &values, const NamedValues::Families &families);
 
 } // namespace ScriptValues

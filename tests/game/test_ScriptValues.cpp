@@ -62,7 +62,7 @@ TEST(ScriptValuesTest, SavesChangedAddedAndRemovedValuesInTheScriptsOwnText)
           {"Always Causes Damage: Alpha", "1"}}},
     };
     for (const Edit &edit : edits) {
-        const ScriptValues::Opened opened = open(dataFile(edit.input));
+        ScriptValues::Opened opened = open(dataFile(edit.input));
         NamedValues::WeaponValues values = opened.values;
         set(values, edit.cells);
         finished(values);
@@ -82,7 +82,7 @@ TEST(ScriptValuesTest, NamesTheFamiliesAndLinesOfTheScriptAlsoWhereItsTextIsNotM
     for (const auto &[name, line] : lines)
         EXPECT_EQ(ScriptValues::lineOf(stock, *NamedValues::parseColumn(name, kFamilies)), line) << name;
 
-    const ScriptValues::Opened loop = open("local r = 900\nsetPenetration(NewWeaponType,5,1,{Beta=0.5})\n"
+    ScriptValues::Opened loop = open("local r = 900\nsetPenetration(NewWeaponType,5,1,{Beta=0.5})\n"
                                            "setAccuracy(NewWeaponType,1,{alpha=1, damage=1})\n");
     EXPECT_FALSE(loop.script.keepsText);
     EXPECT_EQ(loop.values.penetrations, (std::vector<std::optional<double>>{{}, {}, {}, 0.5}));
@@ -101,7 +101,7 @@ TEST(ScriptValuesTest, TheGameReadsWhatWasSaved)
 {
     for (const auto &entry : std::filesystem::directory_iterator(std::string(VANTOREL_SOURCE_DIR) + "/tests/data/game")) {
         const std::string bytes = dataFile("game/" + entry.path().filename().string());
-        const ScriptValues::Opened opened = open(bytes);
+        ScriptValues::Opened opened = open(bytes);
         EXPECT_EQ(ScriptValues::save(opened, opened.values, kFamilies).bytes, bytes);
         NamedValues::WeaponValues values = opened.values;
         set(values, {{"Fire Delay", "7.25"}, {"Penetration: Beta", "0.125"}, {"Result 1 Maximum Effect", "99"}});
