@@ -17,6 +17,9 @@ using Output::location;
 
 namespace {
 
+constexpr std::string_view kNotLatin1 = "the text is no UTF-8 (save the table as UTF-8) or holds a character beyond "
+                                        "Latin-1, which a script cannot hold";
+
 struct Header
 {
     std::size_t path = 0;
@@ -130,9 +133,9 @@ int runApply(const CommandLine &commandLine, const FamilyList &familyList)
                     continue;
                 const std::string name = csv.records.front().fields[index];
                 const std::optional<std::string> bytesGiven = Values::fromUtf8(*given);
-                std::optional<std::string> error = bytesGiven ? NamedValues::setCell(values, column, *bytesGiven)
-                                                              : std::optional<std::string>(
-                                                                  "the text holds a character a script cannot hold");
+                std::optional<std::string> error = std::string(kNotLatin1);
+                if (bytesGiven)
+                    error = NamedValues::setCell(values, column, *bytesGiven);
                 if (error)
                     errors.push_back(where + columnText(index, name) + ": " + *error);
             }

@@ -42,7 +42,7 @@ std::optional<std::string> readChange(const std::string &argument, const NamedVa
     change.name = *bytes;
     const std::optional<std::string> value = Values::fromUtf8(std::string_view(argument).substr(equals + 1));
     if (!value)
-        return "'" + argument + "': the value holds a character a script cannot hold";
+        return "'" + argument + "': the value is no UTF-8 or holds a character beyond Latin-1, which a script cannot hold";
     change.value = *value;
     return std::nullopt;
 }
