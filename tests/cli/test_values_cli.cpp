@@ -227,3 +227,23 @@ TEST_F(ValuesCliTest, BadTablesAndArgumentsWriteNothingForTheScriptsTheyConcern)
     EXPECT_EQ(run({"apply", "--force", "old.csv"}).out, "Mod/stock.wepn:2: Firing Range 1234 -> 4410\n");
     EXPECT_EQ(run({"diff", "Before", "Mod"}).status, 0);
 }
+
+TEST_F(ValuesCliTest, TextsAreLatin1InScriptsAndUtf8InTheTable)
+{
+    std::string script = file("Mod/stock.wepn");
+    script.replace(script.find("Beam_Ion"), 8, "Beam_\xE9");
+    dir.write("Latin/gun.wepn", script);
+    const std::string csv = run({"table", "Latin"}).out;
+    EXPECT_NE(csv.find(",Beam_\xC3\xA9,"), std::string::npos);
+    dir.write("latin.csv", csv);
+    EXPECT_EQ(run({"apply", "latin.csv"}).out, "");
+    dir.write("other.csv", "Path,Weapon Effects File\r\nLatin/gun.wepn,Beam_\xE9\r\nLatin/gun.wepn\r\n");
+    EXPECT_EQ(run({"apply", "other.csv"}).err,
+              "other.csv:2: error: Latin/gun.wepn has more than one row; it was not changed\n"
+              "other.csv:3: error: Latin/gun.wepn has more than one row; it was not changed\n");
+    dir.write("other.csv", "Path,Weapon Effects File\r\nLatin/gun.wepn,Beam_\xE9\r\n");
+    EXPECT_EQ(run({"apply", "other.csv"}).err,
+              "other.csv:2: error: column B (Weapon Effects File): the text is no UTF-8 (save the table as UTF-8) or "
+              "holds a character beyond Latin-1, which a script cannot hold\n");
+    EXPECT_EQ(file("Latin/gun.wepn"), script);
+}
