@@ -233,8 +233,14 @@ TEST_F(ValuesCliTest, TextsAreLatin1InScriptsAndUtf8InTheTable)
     std::string script = file("Mod/stock.wepn");
     script.replace(script.find("Beam_Ion"), 8, "Beam_\xE9");
     dir.write("Latin/gun.wepn", script);
-    const std::string csv = run({"table", "Latin"}).out;
-    EXPECT_NE(csv.find(",Beam_\xC3\xA9,"), std::string::npos);
+    // A script the game cannot read gets no row; the others are still written.
+    dir.write("Latin/broken.wepn", "setAngles(");
+    const Outcome table = run({"table", "Latin"});
+    EXPECT_EQ(table.status, 1);
+    EXPECT_EQ(table.err, "Latin/broken.wepn:1: error: unexpected symbol near <eof>\n");
+    std::filesystem::remove(dir.path() + "/Latin/broken.wepn");
+    const std::string csv = table.out;
+    EXPECT_NE(csv.find("\r\nLatin/gun.wepn,Gimble,InstantHit,Beam_\xC3\xA9,"), std::string::npos);
     dir.write("latin.csv", csv);
     EXPECT_EQ(run({"apply", "latin.csv"}).out, "");
     dir.write("other.csv", "Path,Weapon Effects File\r\nLatin/gun.wepn,Beam_\xE9\r\nLatin/gun.wepn\r\n");
