@@ -168,7 +168,7 @@ int writeChanges(const std::vector<std::string> &paths, const std::vector<Edit> 
                 const std::vector<NamedValues::Column> columns
                     = NamedValues::columns(families, std::max(values.results.size(), opened.values.results.size()));
                 const auto changed = [&](const NamedValues::Column &column) {
-                    return NamedValues::cellText(opened.values, column) != NamedValues::cellText(values, column);
+                    return !NamedValues::sameCell(opened.values, values, column);
                 };
                 if (std::none_of(columns.begin(), columns.end(), changed))
                     continue;

@@ -116,8 +116,9 @@ int runApply(const CommandLine &commandLine, const FamilyList &familyList)
             continue;
         }
         paths.push_back(path);
-        edits.push_back([&, record, where](const std::string &path, const std::string &bytes, const ScriptValues::Opened &,
-                                                 NamedValues::WeaponValues &values) {
+        // The table outlives the run, so each edit refers to its row rather than copying it.
+        edits.push_back([&, &record = record, where](const std::string &path, const std::string &bytes,
+                                                     const ScriptValues::Opened &, NamedValues::WeaponValues &values) {
             std::vector<std::string> errors;
             const auto cell = [&](std::size_t i) { return i < record.fields.size() ? &record.fields[i] : nullptr; };
             if (const std::string *print = header.fingerprint ? cell(*header.fingerprint) : nullptr;

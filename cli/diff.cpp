@@ -35,11 +35,9 @@ bool compare(const std::string &oldPath, const std::string &newPath, const Named
     }
     for (const NamedValues::Column &column :
          NamedValues::columns(families, std::max(was.values.results.size(), now.values.results.size()))) {
-        const std::string before = NamedValues::cellText(was.values, column);
-        const std::string after = NamedValues::cellText(now.values, column);
-        if (before != after)
-            out += Values::changeLine(newPath, ScriptValues::lineOf(now, column),
-                                      NamedValues::columnName(column, families), before, after)
+        if (!NamedValues::sameCell(was.values, now.values, column))
+            out += Values::changeLine(newPath, ScriptValues::lineOf(now, column), NamedValues::columnName(column, families),
+                                      NamedValues::cellText(was.values, column), NamedValues::cellText(now.values, column))
                    + '\n';
     }
     return true;

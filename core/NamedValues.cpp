@@ -339,6 +339,34 @@ std::string cellText(const WeaponValues &values, const Column &column)
     }
 }
 
+bool sameCell(const WeaponValues &a, const WeaponValues &b, const Column &column)
+{
+    bool equal = false;
+    switch (column.kind) {
+    case Column::Kind::Field:
+        if (a.document.bHasMiscValues == b.document.bHasMiscValues)
+            std::visit([&](auto member) { equal = memberOf(a.document, member) == memberOf(b.document, member); },
+                       fields()[column.index].member);
+        break;
+    case Column::Kind::Penetration:
+        equal = a.penetrations[column.index] == b.penetrations[column.index];
+        break;
+    case Column::Kind::Accuracy:
+        equal = a.accuracies[column.index] == b.accuracies[column.index];
+        break;
+    case Column::Kind::AlwaysDamage:
+        equal = a.damageFlags[column.index] == b.damageFlags[column.index];
+        break;
+    case Column::Kind::Result:
+        equal = (column.index >= a.results.size() && column.index >= b.results.size())
+                || (column.index < a.results.size() && column.index < b.results.size()
+                    && a.results[column.index].texts == b.results[column.index].texts
+                    && a.results[column.index].numbers == b.results[column.index].numbers);
+        break;
+    }
+    return equal || cellText(a, column) == cellText(b, column);
+}
+
 std::optional<std::string> setCell(WeaponValues &values, const Column &column, std::string_view text)
 {
     switch (column.kind) {

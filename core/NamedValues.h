@@ -89,6 +89,9 @@ WeaponValues valuesOf(const EditorDocument &document, const std::vector<bool> &n
 // The cell's text: numbers in the editor's number text, texts as they are, empty for no value.
 std::string cellText(const WeaponValues &values, const Column &column);
 
+// Whether two weapons' cells show the same text; values that are equal are not turned into text.
+bool sameCell(const WeaponValues &a, const WeaponValues &b, const Column &column);
+
 // Sets the value a cell holds. A number that agrees with the value held to 15 significant digits
 // changes nothing. Gives why the text is no value for the column.
 std::optional<std::string> setCell(WeaponValues &values, const Column &column, std::string_view text);
