@@ -188,7 +188,12 @@ int writeChanges(const std::vector<std::string> &paths, const std::vector<Edit> 
                 }
                 if (!outcome.errors.empty() || dryRun || saved.bytes == bytes)
                     continue;
-                if (const auto error = batch.stage(path, seen, saved.bytes))
+                // A rewrite gives the script a new file: its other hard links would keep the old one.
+                if (seen.links > 1)
+                    outcome.errors.push_back(location(path, 0) + "error: Cannot save " + AtomicFile::quoted(path)
+                                             + ": it has " + std::to_string(seen.links)
+                                             + " hard links, which a rewrite would split");
+                else if (const auto error = batch.stage(path, seen, saved.bytes))
                     outcome.errors.push_back(location(path, 0) + "error: " + *error);
                 else
                     staged.push_back(i);

@@ -252,4 +252,12 @@ TEST_F(ValuesCliTest, TextsAreLatin1InScriptsAndUtf8InTheTable)
               "other.csv:2: error: column B (Weapon Effects File): the text is no UTF-8 (save the table as UTF-8) or "
               "holds a character beyond Latin-1, which a script cannot hold\n");
     EXPECT_EQ(file("Latin/gun.wepn"), script);
+
+    // A script with another hard link is left alone, as by normalize --in-place.
+    std::filesystem::create_hard_link(dir.path() + "/Latin/gun.wepn", dir.path() + "/link.wepn");
+    const Outcome linked = run({"set", "Latin", "Firing Range=1"});
+    EXPECT_EQ(linked.out, "");
+    EXPECT_EQ(linked.err, "Latin/gun.wepn:0: error: Cannot save 'Latin/gun.wepn': it has 2 hard links, which a rewrite "
+                          "would split\n");
+    EXPECT_EQ(file("link.wepn"), script);
 }
