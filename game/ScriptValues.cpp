@@ -256,14 +256,21 @@ Saved save(Opened &opened, const NamedValues::WeaponValues &values, const NamedV
     // work, which is checked against the game's view where it is built. Anything that adds or
     // removes text is read again: what the game reads from it must be exactly the values given.
     Saved saved;
-    const auto lineEnds = [](std::string_view bytes) { return std::count(bytes.begin(), bytes.end(), '\n'); };
+    const auto lineEnds = [](std::string_view bytes) {
+        return std::count_if(bytes.begin(), bytes.end(), [](char c) { return c == '\n' || c == '\r'; });
+    };
+    // Changed results may be matched with the script's statements by removing and adding them.
+    const bool sameResults = std::equal(values.results.begin(), values.results.end(), was.results.begin(),
+                                        was.results.end(), [](const auto &a, const auto &b) {
+                                            return a.texts == b.texts && a.numbers == b.numbers;
+                                        });
     const auto named = [](const auto &values) {
         std::vector<bool> has;
         for (const auto &value : values)
             has.push_back(value.has_value());
         return has;
     };
-    const bool inPlace = !values.turretAdded && values.results.size() == was.results.size()
+    const bool inPlace = !values.turretAdded && sameResults
                          && named(values.penetrations) == named(was.penetrations)
                          && named(values.accuracies) == named(was.accuracies)
                          && lineEnds(text.bytes) == lineEnds(opened.script.bytes);
