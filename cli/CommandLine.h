@@ -10,7 +10,7 @@
 // The arguments of vantorel-cli, or why they make no sense.
 struct CommandLine
 {
-    enum class Command { Help, Version, Normalize, Check };
+    enum class Command { Help, Version, Normalize, Check, Table, Apply, Set, Diff, Show };
 
     Command command = Command::Help;
     bool inPlace = false;
@@ -34,6 +34,14 @@ struct CommandLine
     // --in-place: how new files reach the disk. --sync=each, --sync=shared or --sync=auto.
     AtomicFile::SyncMethod sync = AtomicFile::SyncMethod::Auto;
     std::optional<std::string> dataDir;
+    // table: -o FILE, the table's file instead of standard output.
+    std::optional<std::string> output;
+    // apply, set: print the changes, write nothing.
+    bool dryRun = false;
+    // apply: also rows whose script changed since the table was made.
+    bool force = false;
+    // set: --where 'NAME=VALUE', each of which a script must match.
+    std::vector<std::string> where;
     // "-" stands for standard input (check and normalize to standard output).
     std::vector<std::string> files;
     // Set when the arguments are no valid command line; the program then exits with status 2.

@@ -37,8 +37,19 @@ int main(int argc, char **argv)
     case CommandLine::Command::Version:
         printLine(stdout, "vantorel-cli " + AppInfo::versionText());
         return 0;
-    case CommandLine::Command::Normalize:
-    case CommandLine::Command::Check:
+    case CommandLine::Command::Apply:
+    case CommandLine::Command::Set:
+    case CommandLine::Command::Diff: {
+        // Their arguments are no plain list of scripts: each command reads its own.
+        FamilyList families;
+        if (!Inputs::loadFamilies(Inputs::dataDirectory(commandLine), families))
+            return kExitFailure;
+        if (commandLine.command == CommandLine::Command::Apply)
+            return runApply(commandLine, families);
+        return commandLine.command == CommandLine::Command::Set ? runSet(commandLine, families)
+                                                                : runDiff(commandLine, families);
+    }
+    default:
         break;
     }
 
@@ -66,8 +77,13 @@ int main(int argc, char **argv)
     case CommandLine::Command::Check:
         status = runCheck(commandLine, scripts, families);
         break;
-    case CommandLine::Command::Help:
-    case CommandLine::Command::Version:
+    case CommandLine::Command::Table:
+        status = runTable(commandLine, scripts, families);
+        break;
+    case CommandLine::Command::Show:
+        status = runShow(commandLine, scripts, families);
+        break;
+    default:
         break;
     }
     return listed ? status : kExitFailure;

@@ -5,11 +5,15 @@ _vantorel_cli()
     _init_completion || return
 
     if [[ $cword -eq 1 ]]; then
-        COMPREPLY=($(compgen -W 'normalize check --help --version' -- "$cur"))
+        COMPREPLY=($(compgen -W 'normalize check table apply set diff show --help --version' -- "$cur"))
         return
     fi
     if [[ $prev == --data-dir ]]; then
         _filedir -d
+        return
+    fi
+    if [[ $prev == -o ]]; then
+        _filedir csv
         return
     fi
     if [[ $cur == -* ]]; then
@@ -17,8 +21,16 @@ _vantorel_cli()
         case ${words[1]} in
             normalize) options+=' --in-place --allow-changes --split-hard-links --sync=auto --sync=each --sync=shared' ;;
             check) options+=' --strict' ;;
+            table) options='--data-dir -o --help' ;;
+            apply) options='--data-dir --dry-run --force --help' ;;
+            set) options='--data-dir --dry-run --where --help' ;;
+            diff | show) options='--data-dir --help' ;;
         esac
         COMPREPLY=($(compgen -W "$options" -- "$cur"))
+        return
+    fi
+    if [[ ${words[1]} == apply ]]; then
+        _filedir '@(csv|CSV)'
         return
     fi
     # Scripts in any letter case, and folders to search.

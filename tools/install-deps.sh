@@ -4,9 +4,10 @@
 set -euo pipefail
 
 # desktop-file-utils, appstream, libxml2-utils and groff-base validate the installed desktop files in
-# the install test; strace lets a test see that a new file is synced before it replaces a script.
+# the install test; strace lets a test see that a new file is synced before it replaces a script;
+# libreoffice-calc-nogui takes the table of a mod through a real spreadsheet program in a test.
 packages=(cmake make g++ qt6-base-dev libgl-dev libgtest-dev libgmock-dev libbenchmark-dev liblua5.4-dev fonts-dejavu-core locales-all
-          desktop-file-utils appstream libxml2-utils groff-base strace "$@")
+          desktop-file-utils appstream libxml2-utils groff-base strace libreoffice-calc-nogui "$@")
 
 missing=()
 for package in "${packages[@]}"; do
