@@ -554,7 +554,11 @@ private:
         change(3, was.sTarget, now.sTarget);
         change(4, was.fMinEffect, now.fMinEffect);
         change(5, was.fMaxEffect, now.fMaxEffect);
-        change(6, was.sSpawnedWeaponEffect, now.sSpawnedWeaponEffect);
+        // Only a SpawnWeaponFire result had its spawned effect read: another's line may hold any text there.
+        if (was.sEffect != "SpawnWeaponFire" && now.sEffect == "SpawnWeaponFire" && statement.arguments.size() > 6)
+            replaceValue(statement.arguments[6].value, now.sSpawnedWeaponEffect);
+        else
+            change(6, was.sSpawnedWeaponEffect, now.sSpawnedWeaponEffect);
     }
 
     // A new result copies the last AddWeaponResult of the script, so it has its spacing and ";".
