@@ -516,11 +516,13 @@ private:
                 ++i, ++j;
                 continue;
             }
+            // On a tie an entry counts as removed first, so that a changed result with an
+            // unchanged twin is paired with its own statement and changed in place.
             std::vector<std::size_t> removed, added;
             while (i < n || j < m) {
                 if (i < n && j < m && was[i] == now[j])
                     break;
-                if (j < m && (i == n || common[i][j + 1] >= common[i + 1][j]))
+                if (j < m && (i == n || common[i][j + 1] > common[i + 1][j]))
                     added.push_back(j++);
                 else
                     removed.push_back(i++);
