@@ -516,13 +516,18 @@ private:
                 ++i, ++j;
                 continue;
             }
-            // On a tie an entry counts as removed first, so that a changed result with an
-            // unchanged twin is paired with its own statement and changed in place.
             std::vector<std::size_t> removed, added;
             while (i < n || j < m) {
                 if (i < n && j < m && was[i] == now[j])
                     break;
-                if (j < m && (i == n || common[i][j + 1] > common[i + 1][j]))
+                // A change that keeps every common entry is one, also where the changed result now
+                // equals a twin: then its own statement is changed in place, and no line goes.
+                if (i < n && j < m && common[i + 1][j + 1] == common[i][j]) {
+                    if (removed.empty() && added.empty())
+                        removed.push_back(i++), added.push_back(j++);
+                    break;
+                }
+                if (j < m && (i == n || common[i][j + 1] >= common[i + 1][j]))
                     added.push_back(j++);
                 else
                     removed.push_back(i++);
