@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -70,7 +69,6 @@ protected:
                 readFile(dir.path() + "/err")};
     }
 
-    Outcome check(const std::string &file) const { return run({"check", "--data-dir", dataDir, file}); }
 
     // What the editor's Open and Save As write for the script: the shared library pipeline.
     std::string editorSaves(const std::string &bytes) const
@@ -96,7 +94,6 @@ const std::string kNormalised =
     "setPenetration(NewWeaponType,5,1,\r\n{Unarmoured=1,},\r\n{LightArmour=0.5,},\r\n{HeavyArmour=0.4,})\r\n\r\n"
     "setAccuracy(NewWeaponType,1,\r\n{Fighter=1,},\r\n{Frigate=0.5,},\r\n{Capital=0.2, damage=1,})\r\n";
 
-
 TEST_F(CliTest, NormalizeWritesWhatTheEditorSaves)
 {
     // The editor window's Open then Save As of tests/cli/data/Mixed.wepn, with this family list,
@@ -117,36 +114,6 @@ TEST_F(CliTest, NormalizeWritesWhatTheEditorSaves)
     EXPECT_EQ(readFile(script), expected);
     // Normalising the normalised script gives the same bytes.
     EXPECT_EQ(run({"normalize", "--data-dir=" + dataDir, script}).out, expected);
-}
-
-TEST_F(CliTest, FolderArgumentTakesEveryWepnBelowItSortedByPath)
-{
-    const std::string untouched = "not a script";
-    dir.write("Mods/b.wepn", kNormalised);
-    dir.write("Mods/A/z.WEPN", "-- first\r\n" + kNormalised);
-    dir.write("Mods/B/y.wepn", "-- second\r\n" + kNormalised);
-    dir.write("Mods/notes.txt", untouched);
-    dir.write("Mods/c.Wepn", "-- third\r\n" + kNormalised);
-
-    const Outcome checked = check(dir.path() + "/Mods");
-    EXPECT_EQ(checked.status, 0) << checked.err;
-    EXPECT_EQ(checked.out, dir.path() + "/Mods/A/z.WEPN:1: warning: comment: a save drops it\n" + dir.path()
-                               + "/Mods/B/y.wepn:1: warning: comment: a save drops it\n" + dir.path()
-                               + "/Mods/c.Wepn:1: warning: comment: a save drops it\n");
-
-    // An already normalised script keeps its file and modification time.
-    struct stat before {}, after {};
-    ASSERT_EQ(::stat((dir.path() + "/Mods/b.wepn").c_str(), &before), 0);
-    const Outcome normalised = run({"normalize", "--in-place", "--data-dir", dataDir, dir.path() + "/Mods"});
-    EXPECT_EQ(normalised.status, 0) << normalised.err;
-    ASSERT_EQ(::stat((dir.path() + "/Mods/b.wepn").c_str(), &after), 0);
-    EXPECT_EQ(after.st_ino, before.st_ino);
-    EXPECT_EQ(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec);
-    EXPECT_EQ(readFile(dir.path() + "/Mods/A/z.WEPN"), kNormalised);
-    EXPECT_EQ(readFile(dir.path() + "/Mods/c.Wepn"), kNormalised);
-    EXPECT_EQ(readFile(dir.path() + "/Mods/notes.txt"), untouched);
-    // Only the scripts are left: no temporary files.
-    EXPECT_EQ(std::distance(std::filesystem::recursive_directory_iterator(dir.path() + "/Mods"), {}), 7);
 }
 
 TEST_F(CliTest, InPlaceTouchesOnlyTheScriptItRewrites)
@@ -246,48 +213,6 @@ TEST_F(CliTest, InterruptedRunsLeaveEveryScriptOldOrNew)
     }
 }
 
-TEST_F(CliTest, ExitStatusAndMessages)
-{
-    const std::string a = dir.write("a.wepn", kNormalised);
-    const std::string b = dir.write("b.wepn", kNormalised);
-    const std::string broken = dir.path() + "/Broken";
-    dir.write("Broken/Scripts/familylist.lua", "armourFamily = {\r\n{ name = Alpha },\r\n");
-    std::filesystem::create_directories(broken + "/Scripts/Weaponfire");
-    struct Row
-    {
-        std::vector<std::string> arguments;
-        int status;
-        std::string err; // start of standard error
-    };
-    const std::vector<Row> rows = {
-        {{"--version"}, 0, ""},
-        {{"fix", a}, 2, "vantorel-cli: unknown command 'fix'"},
-        {{"check", "--in-place", a}, 2, "vantorel-cli: unknown option '--in-place' for check"},
-        {{"normalize", "--in-place", "--sync=fast", a}, 2, "vantorel-cli: --sync is each, shared or auto, not 'fast'"},
-        {{"check", "--sync=each", a}, 2, "vantorel-cli: unknown option '--sync=each' for check"},
-        {{"normalize", "--data-dir", dataDir}, 2, "vantorel-cli: normalize needs at least one FILE"},
-        {{"normalize", "--data-dir", dataDir, a, b}, 2, "vantorel-cli: normalize without --in-place writes one"},
-        {{"normalize", "--data-dir", dataDir, dir.path()}, 2, "vantorel-cli: normalize without --in-place writes one"},
-        {{"normalize", "--data-dir", dataDir, dir.path() + "/missing.wepn"}, 1, dir.path() + "/missing.wepn:0: error: "},
-        {{"check", "--data-dir", dataDir, a, dir.path() + "/missing.wepn", b}, 1, dir.path() + "/missing.wepn:0: error"},
-        {{"check", "--data-dir", dir.path() + "/nowhere", a}, 1, std::string("vantorel-cli: The folder '") + dir.path()
-                                                                     + "/nowhere/Scripts/Weaponfire' does not exist."},
-        // Without a stored setting the default directory is used, which does not exist here.
-        {{"check", a}, 1, "vantorel-cli: The folder 'C:\\Program Files\\Quellbrook\\Korvath\\Data/Scripts/Weaponfire'"},
-        {{"check", "--data-dir", broken, a}, 1, "vantorel-cli: " + broken + "/Scripts/familylist.lua:2: the armour family "
-                                                 "line has no double quote around its name: { name = Alpha },\n"},
-    };
-    for (const Row &row : rows) {
-        const Outcome result = run(row.arguments);
-        EXPECT_EQ(result.status, row.status) << testing::PrintToString(row.arguments) << result.err;
-        EXPECT_EQ(result.err.substr(0, row.err.size()), row.err) << testing::PrintToString(row.arguments);
-        if (!row.err.empty()) {
-            EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
-        }
-    }
-    EXPECT_EQ(run({"--version"}).out, "vantorel-cli 1.4.3\n");
-}
-
 TEST_F(CliTest, InPlaceFailureLeavesTheFileAsItWas)
 {
     // A leftover line longer than the file size limit below, which holds for root too: writing
@@ -305,28 +230,4 @@ TEST_F(CliTest, InPlaceFailureLeavesTheFileAsItWas)
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path() + "/Weapon"), {}), 2);
 }
 
-TEST_F(CliTest, StoredSettingGivesTheDataDirectory)
-{
-    const std::string a = dir.write("a.wepn", "-- note\r\n" + kNormalised);
-    dir.write("config/Tarnwick/Tarnwick.conf", "[Directories]\nDecompiled_Data=" + dataDir + "\n");
-    const Outcome stored = run({"check", a});
-    EXPECT_EQ(stored.status, 0) << stored.err;
-    EXPECT_EQ(stored.out, a + ":1: warning: comment: a save drops it\n");
-}
-
 } // namespace
-
-TEST_F(CliTest, GameReadingWritesTheScriptsOwnBytesAndChecksNothingElse)
-{
-    const std::string stock = readFile(VANTOREL_SOURCE_DIR "/tests/data/game/stock.wepn");
-    const std::string script = dir.write("Weapon/stock.wepn", stock);
-    const std::string broken = dir.write("Weapon/broken.wepn", "setAngles(NewWeaponType,1,2,3,4,5)\nsetAngles(");
-    const Outcome normalised = run({"normalize", "--read=game", "--data-dir", dataDir, script});
-    EXPECT_EQ(normalised.status, 0) << normalised.err;
-    EXPECT_EQ(normalised.out, stock);
-    const Outcome checked = run({"check", "--read=game", "--data-dir", dataDir, script, broken});
-    EXPECT_EQ(checked.status, 1);
-    EXPECT_EQ(checked.out, broken + ":2: error: unexpected symbol near <eof>\n");
-    EXPECT_EQ(run({"check", "--read=lua", "--data-dir", dataDir, script}).err,
-              "vantorel-cli: unknown option '--read=lua' for check (see vantorel-cli --help)\n");
-}
