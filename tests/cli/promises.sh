@@ -10,7 +10,7 @@ fixtures=$(realpath "$2")
 tmp=$(mktemp -d)
 trap 'chmod -R u+rwx "$tmp"; rm -rf "$tmp"' EXIT
 export XDG_CONFIG_HOME=$tmp/config # never the user's settings
-cd "$tmp" || exit 1
+cd "$tmp" && chmod 755 . || exit 1 # the user nobody runs in it too
 mkdir -p Data/Scripts/Weaponfire/FX_Shot Alphabet/Scripts/Weaponfire empty mixed Mods/A Mods/B
 cp "$fixtures/familylist.lua" Data/Scripts/
 cp "$fixtures/Mixed.wepn" mixed/MIXED.WEPN
@@ -82,6 +82,7 @@ row 2 "vantorel-cli: normalize without --in-place writes one script to standard 
 row 2 "vantorel-cli: unknown option '-dash.wepn' for check $u" '' check "${data[@]}" -dash.wepn
 row 0 '' '' check "${data[@]}" -- -dash.wepn
 row 0 '' @clean.wepn normalize "${data[@]}" -- -dash.wepn
+row 0 '' "@$fixtures/Mixed.normalized.wepn" normalize "${data[@]}" mixed.wepn
 # 1 when a file cannot be read or written, one line each, and the other files are still done.
 row 1 "missing.wepn:0: error: Cannot read 'missing.wepn': No such file or directory" '' normalize "${data[@]}" missing.wepn
 row 1 "missing.wepn:0: error: Cannot read 'missing.wepn': No such file or directory" 'comments.wepn:1: warning: comment: a save drops it and the 2 other comments' check "${data[@]}" clean.wepn missing.wepn comments.wepn
@@ -128,9 +129,57 @@ cmp -s InPlace/mixed.wepn "$fixtures/Mixed.normalized.wepn" || fail "InPlace/mix
 [ "$(stat -c %i%Y InPlace/b.wepn)" = "$(cat before)" ] || fail "a normalised script got a new file"
 [ "$(find InPlace | wc -l)" -eq 9 ] && cmp -s InPlace/notes.txt Mods/notes.txt || fail "other files in the folder changed"
 
+# In place, one folder per row holding `in` (Mixed.wepn) and `out` (its normalised form): what the
+# rewrite does to FIFOs, symlinks, hard links, owners and modes, long names and unlistable folders.
+# inplace NAME SETUP STATUS STDERR AFTER [nobody] -- ARGUMENT...: SETUP and AFTER are shell run in
+# the folder, AFTER must hold; "nobody" runs the rewrite as the user nobody when the test runs as root.
+inplace() {
+  local name=$1 setup=$2 status=$3 err=$4 after=$5 user=()
+  shift 5
+  [ "$1" = nobody ] && [ "$(id -u)" -eq 0 ] && user=(setpriv --reuid=65534 --regid=65534 --clear-groups)
+  [ "$1" = -- ] || shift
+  shift
+  mkdir "$tmp/$name" && cd "$tmp/$name" && cp "$fixtures/Mixed.wepn" in && cp "$fixtures/Mixed.normalized.wepn" out \
+    && sh -c "$setup" || fail "$name: setup"
+  "${user[@]}" "$cli" normalize --in-place --data-dir "$tmp/Data" "$@" >/dev/null 2>../err
+  local got=$?
+  [ "$got" -eq "$status" ] && holds "$err" ../err && sh -c "$after" || { fail "$name: status $got"; sed 's/^/  stderr: /' ../err >&2; }
+  chmod -R u+rwx . && cd "$tmp" || exit 1
+}
+long=$(printf 'w%.0s' {1..250}).wepn
+inplace FifoWithNewlineInName "mkfifo \"\$(printf 'n\\nl.wepn')\"" 1 "'n\\nl.wepn':0: error: Cannot read 'n\\nl.wepn': not a regular file" \
+  "test -p \"\$(printf 'n\\nl.wepn')\"" -- "$(printf 'n\nl.wepn')"
+inplace Symlink 'cp in a.wepn && ln -s ../Symlink/a.wepn l.wepn' 0 '' 'test -L l.wepn && cmp a.wepn out' -- l.wepn
+inplace HardLink 'cp in a.wepn && ln a.wepn h.wepn' 1 \
+  "a.wepn:0: error: Cannot save 'a.wepn': it has 2 hard links, which a rewrite would split (--split-hard-links allows it)" \
+  'cmp a.wepn in && cmp h.wepn in' -- a.wepn
+inplace HardLinkSplit 'cp in a.wepn && ln a.wepn h.wepn' 0 '' 'cmp a.wepn out && cmp h.wepn in' -- --split-hard-links a.wepn
+inplace OwnerAndMode 'cp in a.wepn && { chown 65534:65534 a.wepn 2>/dev/null; chmod 666 a.wepn && stat -c %u%g%a a.wepn >s; }' 0 '' \
+  'cmp a.wepn out && test "$(stat -c %u%g%a a.wepn)" = "$(cat s)"' -- a.wepn
+inplace LongName "cp in $long" 0 '' "cmp out $long" -- "$long"
+# Folders before and after the one that cannot be listed are still rewritten.
+inplace UnlistableFolder 'mkdir -p F/ok F/shut F/zz && cp in F/ok/a.wepn && cp in F/shut/b.wepn && cp in F/zz/c.wepn && chmod 000 F/shut && { chown -R 65534:65534 F/ok F/zz 2>/dev/null; true; }' \
+  1 'F/shut: cannot list the folder: Permission denied' 'cmp F/ok/a.wepn out && cmp F/zz/c.wepn out && cmp F/shut/b.wepn in' nobody -- F
+# A write that fails (here the file size limit) leaves the script as it was, with one line each.
+mkdir Limited && long=$(printf 'x%.0s' {1..8000}) && for name in a b; do { cat clean.wepn; echo "print(\"$long\")"; } >"Limited/$name.wepn"; done
+(failed=0 && ulimit -f 8 && row 1 '~^Limited/a.wepn:0: error: Cannot save' '' normalize --in-place "${data[@]}" Limited/a.wepn Limited/b.wepn \
+  && [ "$(wc -l <err)" -eq 2 ] && [ "$(ls -A Limited | wc -l)" -eq 2 ] && grep -q "$long" Limited/a.wepn && exit "$failed") \
+  || fail "a failed in-place write"
+
+# Runs killed outright leave each script old or new, a program that holds a script open keeps its
+# old bytes, and the next run finishes the work and removes what the killed ones left.
+old=$(sha1sum <mixed.wepn | cut -c1-40) new=$(sha1sum <"$fixtures/Mixed.normalized.wepn" | cut -c1-40)
+mkdir Killed && tee Killed/{1000..1399}.wepn <mixed.wepn >/dev/null && exec 3<Killed/1000.wepn 4<Killed/1399.wepn
+for delay in 0.01 0.05 0.2; do
+  { timeout -s KILL "$delay" "$cli" normalize --in-place "${data[@]}" Killed; } 2>/dev/null
+  [ "$(sha1sum Killed/* | grep -vc -e "^$new " -e "^$old ")" -eq 0 ] || fail "a script neither old nor new after SIGKILL at $delay"
+done
+row 0 '' '' normalize --in-place "${data[@]}" Killed
+[ "$(sha1sum Killed/* | grep -c "^$new ")" -eq 400 ] && [ "$(ls -A Killed | wc -l)" -eq 400 ] || fail "after SIGKILL: not finished, or files left"
+cat <&3 | cmp -s - mixed.wepn && cat <&4 | cmp -s - mixed.wepn || fail "a program holding a script open saw other bytes"
+
 # SIGINT and SIGTERM: the scripts in hand (at most 128 for each of 8 threads, taken in path order)
 # are finished, no other is touched, and the run ends by the signal after one line.
-new=$(sha1sum <"$fixtures/Mixed.normalized.wepn" | cut -c1-40)
 for signal in INT:2 TERM:15; do
   rm -rf S && mkdir S && tee S/{1000..2029}.wepn <mixed.wepn >/dev/null
   timeout --preserve-status -s "${signal%:*}" 0.02 "$cli" normalize --in-place "${data[@]}" S 2>err
