@@ -103,9 +103,14 @@ IN=comments.wepn row 0 '' '(standard input):1: warning: comment: a save drops it
 IN=clean.wepn row 0 '' @clean.wepn normalize "${data[@]}" -
 row 2 "vantorel-cli: --in-place cannot rewrite standard input ('-') $u" '' normalize --in-place "${data[@]}" -
 row 2 "vantorel-cli: standard input ('-') can be read only once $u" '' check "${data[@]}" - -
-# --strict fails on warnings only.
+# --strict fails on any warning, also a single one, and on nothing else.
 row 1 '' "$m" check --strict "${data[@]}" mixed
-row 0 '' '' check --strict "${data[@]}" clean.wepn
+row 1 '' 'comments.wepn:1: warning: comment: a save drops it and the 2 other comments' check --strict --data-dir=Data comments.wepn
+row 0 '' '' check --strict --data-dir=Data clean.wepn
+# Regular files up to 64 MiB only.
+{ cat clean.wepn; head -c 100000 /dev/zero | tr '\0' '-'; echo; } >large.wepn && cp large.wepn huge.wepn && truncate -s $((64 << 20 | 1)) huge.wepn
+row 0 '' 'large.wepn:21: warning: comment: a save drops it' check "${data[@]}" large.wepn
+row 1 "huge.wepn:0: error: Cannot read 'huge.wepn': larger than 64 MiB, which no script is" '' check "${data[@]}" huge.wepn
 # Family names are matched letter case aside, for every letter.
 row 0 '' '' check --data-dir Alphabet case.wepn
 row 0 '' '' check --read=game --data-dir Alphabet case.wepn

@@ -56,7 +56,8 @@ std::string generate(Random &random)
         return any(random, Texts{n, n + ".5", "0.60", ".15", "1E-05", "2.5e3", "-" + n, n + " * 1.4", "70/2", "-(5)", "0x1F", "-0.5 * -1"});
     };
     const auto text = [&] {
-        return any<std::string>(random, {"\"Hit\"", "'Push'", "\"\"", "\"a\\\\b\"", "\"say \\\"hi\\\"\"", "[[long]]", "\"Beam_Ion\"", "\"a\\tb\""});
+        return any<std::string>(random, {"\"Hit\"", "'Push'", "\"\"", "\"a\\\\b\"", "\"say \\\"hi\\\"\"", "[[long]]", "\"Beam_Ion\"", "\"a\\tb\"",
+                                         "[==[x]]y]==]"});
     };
     const auto call = [&](const std::string &name, const Texts &arguments, bool oneLine) {
         std::string out = name + "(" + (oneLine ? inlineGap() : gap()) + "NewWeaponType";
@@ -97,7 +98,7 @@ std::string generate(Random &random)
                      + call("AddWeaponResult", {text(), pick(random, 2) ? text() : "\"SpawnWeaponFire\"", "\"Target\"", real(), real(), text()}, true);
         add(result);
     }
-    if (pick(random, 3))
+    for (std::size_t i = pick(random, 4); i > 0; --i) // more than once now and then: the game keeps the last
         add(call("setAngles", {real(), real(), real(), real(), real()}, false));
     if (pick(random, 2))
         add(call("setMiscValues", {real(), real()}, false));

@@ -193,18 +193,20 @@ private slots:
     }
 
     // After a cancelled Open, a family list that only gained families still saves: the new
-    // family gets the default penetration.
+    // families get the defaults, the default penetration and an accuracy of 1.
     void saveAfterCancelledOpenWithAddedFamily()
     {
         start();
         open(weapon(QStringLiteral("SwarmMissile")));
         const QString familyList = data + QStringLiteral("/Scripts/familylist.lua");
-        writeFile(familyList, fileBytes(familyList).replace("{ name = \"ShieldedHull\", },\r\n",
-                                                            "{ name = \"ShieldedHull\", },\r\n{ name = \"Titan\", },\r\n"));
+        writeFile(familyList, fileBytes(familyList)
+                                  .replace("{ name = \"ShieldedHull\", },\r\n", "{ name = \"ShieldedHull\", },\r\n{ name = \"Titan\", },\r\n")
+                                  .replace("{ name = \"Utility\", },\r\n", "{ name = \"Utility\", },\r\n{ name = \"Titan\", },\r\n"));
         open(std::nullopt);
         save(dir.filePath(QStringLiteral("Out.wepn")));
         QCOMPARE(dialogs->messages, QStringList{QStringLiteral("Successfully saved to '%1'").arg(dir.filePath(QStringLiteral("Out.wepn")))});
         QVERIFY(fileBytes(dir.filePath(QStringLiteral("Out.wepn"))).contains("{ShieldedHull=0.75,},\r\n{Titan=0.75,})\r\n"));
+        QVERIFY(fileBytes(dir.filePath(QStringLiteral("Out.wepn"))).contains("{Utility=1,},\r\n{Titan=1,})\r\n"));
     }
 
     void directoryDialogKeysAndBrowse()
