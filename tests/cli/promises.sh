@@ -159,7 +159,7 @@ inplace HardLink 'cp in a.wepn && ln a.wepn h.wepn' 1 \
   "a.wepn:0: error: Cannot save 'a.wepn': it has 2 hard links, which a rewrite would split (--split-hard-links allows it)" \
   'cmp a.wepn in && cmp h.wepn in' -- a.wepn
 inplace HardLinkSplit 'cp in a.wepn && ln a.wepn h.wepn' 0 '' 'cmp a.wepn out && cmp h.wepn in' -- --split-hard-links a.wepn
-inplace OwnerAndMode 'cp in a.wepn && { chown 65534:65534 a.wepn 2>/dev/null; chmod 666 a.wepn && stat -c %u%g%a a.wepn >s; }' 0 '' \
+inplace OwnerAndMode 'cp in a.wepn && { chown 65534:65534 a.wepn 2>/dev/null; chmod 7755 a.wepn && stat -c %u%g%a a.wepn >s; }' 0 '' \
   'cmp a.wepn out && test "$(stat -c %u%g%a a.wepn)" = "$(cat s)"' -- a.wepn
 inplace LongName "cp in $long" 0 '' "cmp out $long" -- "$long"
 # Folders before and after the one that cannot be listed are still rewritten.

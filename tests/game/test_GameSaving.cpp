@@ -63,7 +63,7 @@ std::string generate(Random &random)
         std::string out = name + "(" + (oneLine ? inlineGap() : gap()) + "NewWeaponType";
         for (const std::string &argument : arguments)
             out += (oneLine ? inlineGap() : gap()) + "," + (oneLine ? inlineGap() : gap()) + argument;
-        return out + inlineGap() + ")" + any<std::string>(random, {"", ";", " ;"});
+        return out + inlineGap() + ")" + any<std::string>(random, {"", ";", " ;", ";;"});
     };
     // Tables of one family each, with a damage flag or a positional entry now and then, and one of several.
     const auto tables = [&](Texts arguments, const Texts &families, bool accuracy) {
