@@ -159,8 +159,10 @@ inplace HardLink 'cp in a.wepn && ln a.wepn h.wepn' 1 \
   "a.wepn:0: error: Cannot save 'a.wepn': it has 2 hard links, which a rewrite would split (--split-hard-links allows it)" \
   'cmp a.wepn in && cmp h.wepn in' -- a.wepn
 inplace HardLinkSplit 'cp in a.wepn && ln a.wepn h.wepn' 0 '' 'cmp a.wepn out && cmp h.wepn in' -- --split-hard-links a.wepn
-inplace OwnerAndMode 'cp in a.wepn && { chown 65534:65534 a.wepn 2>/dev/null; chmod 7755 a.wepn && stat -c %u%g%a a.wepn >s; }' 0 '' \
-  'cmp a.wepn out && test "$(stat -c %u%g%a a.wepn)" = "$(cat s)"' -- a.wepn
+for mode in 666 6755; do # bits the umask masks; the set-user-ID and set-group-ID bits
+  inplace "OwnerAndMode$mode" "cp in a.wepn && { chown 65534:65534 a.wepn 2>/dev/null; chmod $mode a.wepn && stat -c %u%g%a a.wepn >s; }" 0 '' \
+    'cmp a.wepn out && test "$(stat -c %u%g%a a.wepn)" = "$(cat s)"' -- a.wepn
+done
 inplace LongName "cp in $long" 0 '' "cmp out $long" -- "$long"
 # Folders before and after the one that cannot be listed are still rewritten.
 inplace UnlistableFolder 'mkdir -p F/ok F/shut F/zz && cp in F/ok/a.wepn && cp in F/shut/b.wepn && cp in F/zz/c.wepn && chmod 000 F/shut && { chown -R 65534:65534 F/ok F/zz 2>/dev/null; true; }' \
