@@ -30,13 +30,20 @@ int main(int argc, char **argv)
         failure("vantorel-cli: " + commandLine.usageError + " (see vantorel-cli --help)");
         return kExitUsage;
     }
+    // The usage and the version are output like any other: a write that fails is a failure.
+    const auto written = [] {
+        if (std::fflush(stdout) == 0 && !std::ferror(stdout))
+            return 0;
+        failure("vantorel-cli: cannot write the standard output");
+        return kExitFailure;
+    };
     switch (commandLine.command) {
     case CommandLine::Command::Help:
         std::fputs(kUsage, stdout);
-        return 0;
+        return written();
     case CommandLine::Command::Version:
         printLine(stdout, "vantorel-cli " + AppInfo::versionText());
-        return 0;
+        return written();
     case CommandLine::Command::Apply:
     case CommandLine::Command::Set:
     case CommandLine::Command::Diff: {

@@ -533,6 +533,13 @@ private:
             while (i < n || j < m) {
                 if (i < n && j < m && was[i] == now[j])
                     break;
+                // A change that keeps every common entry is one, also where the changed result now
+                // equals a twin: then its own statement is changed in place, and no line goes.
+                if (i < n && j < m && common[i + 1][j + 1] == common[i][j]) {
+                    if (removed.empty() && added.empty())
+                        removed.push_back(i++), added.push_back(j++);
+                    break;
+                }
                 if (j < m && (i == n || common[i][j + 1] >= common[i + 1][j]))
                     added.push_back(j++);
                 else
@@ -567,7 +574,11 @@ private:
         change(3, was.sTarget, now.sTarget);
         change(4, was.fMinEffect, now.fMinEffect);
         change(5, was.fMaxEffect, now.fMaxEffect);
-        change(6, was.sSpawnedWeaponEffect, now.sSpawnedWeaponEffect);
+        // Only a SpawnWeaponFire result had its spawned effect read: another's line may hold any text there.
+        if (was.sEffect != "SpawnWeaponFire" && now.sEffect == "SpawnWeaponFire" && statement.arguments.size() > 6)
+            replaceValue(statement.arguments[6].value, now.sSpawnedWeaponEffect);
+        else
+            change(6, was.sSpawnedWeaponEffect, now.sSpawnedWeaponEffect);
     }
 
     // A new result copies the last AddWeaponResult of the script, so it has its spacing and ";".

@@ -22,3 +22,10 @@ TEST(TextPiecesTest, LinesEndAtCrLfLoneLfAndLoneCr)
     EXPECT_EQ(splitLines("\r\n"), (V{""}));
     EXPECT_EQ(splitLines(std::string("x\0y\xe9", 4)), (V{std::string("x\0y\xe9", 4)}));
 }
+
+TEST(TextPiecesTest, LetterCaseAsideForEveryAsciiLetterOnly)
+{
+    EXPECT_EQ(toLower("ABCDEFGHIJKLMNOPQRSTUVWXYZ@[`{\xc4 az09"), "abcdefghijklmnopqrstuvwxyz@[`{\xc4 az09");
+    EXPECT_TRUE(containsNoCase("xxSETPENETRATIONyy", "setpenetration"));
+    EXPECT_FALSE(containsNoCase("set@enetration", "set`enetration"));
+}

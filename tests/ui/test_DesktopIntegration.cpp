@@ -5,6 +5,7 @@
 #include "frmDecompiledDataDir.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QFileDialog>
 #include <QGroupBox>
 #include <QLabel>
@@ -91,22 +92,36 @@ private slots:
         QCOMPARE(dialogs->requests, QStringList()); // no file dialog
     }
 
+    // Every path through the question keeps or drops what it says. Answers are the file dialogs'
+    // in turn: "-" cancels, "missing/" names a folder that does not exist, so that the save fails.
     void unsavedChanges_data()
     {
         QTest::addColumn<QString>("action");
         QTest::addColumn<int>("choice");
+        QTest::addColumn<QStringList>("answers");
         QTest::addColumn<bool>("replaced"); // the window closed, or the document was replaced
-        QTest::newRow("close, cancel") << "close" << int(Dialogs::SaveChoice::Cancel) << false;
-        QTest::newRow("close, discard") << "close" << int(Dialogs::SaveChoice::Discard) << true;
-        QTest::newRow("close, save as") << "close" << int(Dialogs::SaveChoice::SaveAs) << true;
-        QTest::newRow("exit, cancel") << "exit" << int(Dialogs::SaveChoice::Cancel) << false;
-        QTest::newRow("open, cancel") << "open" << int(Dialogs::SaveChoice::Cancel) << false;
-        QTest::newRow("drop, discard") << "drop" << int(Dialogs::SaveChoice::Discard) << true;
+        const int cancel = int(Dialogs::SaveChoice::Cancel), discard = int(Dialogs::SaveChoice::Discard), saveAs = int(Dialogs::SaveChoice::SaveAs);
+        const QString saved = QStringLiteral("Saved.wepn"), ion = QStringLiteral("IonBeam");
+        QTest::newRow("close, cancel") << "close" << cancel << QStringList() << false;
+        QTest::newRow("close, discard") << "close" << discard << QStringList() << true;
+        QTest::newRow("close, save as") << "close" << saveAs << QStringList{saved} << true;
+        QTest::newRow("close, save as cancelled") << "close" << saveAs << QStringList{QStringLiteral("-")} << false;
+        QTest::newRow("close, save as fails") << "close" << saveAs << QStringList{QStringLiteral("missing/") + saved} << false;
+        QTest::newRow("exit, cancel") << "exit" << cancel << QStringList() << false;
+        QTest::newRow("exit, discard") << "exit" << discard << QStringList() << true;
+        QTest::newRow("open, cancel") << "open" << cancel << QStringList() << false;
+        QTest::newRow("open, discard") << "open" << discard << QStringList{ion} << true;
+        QTest::newRow("open, save as") << "open" << saveAs << QStringList{saved, ion} << true;
+        QTest::newRow("open, save as cancelled") << "open" << saveAs << QStringList{QStringLiteral("-")} << false;
+        QTest::newRow("drop, cancel") << "drop" << cancel << QStringList() << false;
+        QTest::newRow("drop, discard") << "drop" << discard << QStringList() << true;
+        QTest::newRow("drop, save as fails") << "drop" << saveAs << QStringList{QStringLiteral("missing/") + saved} << false;
     }
     void unsavedChanges()
     {
         QFETCH(QString, action);
         QFETCH(int, choice);
+        QFETCH(QStringList, answers);
         QFETCH(bool, replaced);
         start();
         open(weapon(QStringLiteral("SwarmMissile")));
@@ -117,37 +132,90 @@ private slots:
         const QString armour = rows(window->lstArmorFamilies), range = window->Value[4]->text();
 
         asking->choices.enqueue(Dialogs::SaveChoice(choice));
-        dialogs->answers.enqueue(dir.filePath(QStringLiteral("Saved.wepn")));
+        for (const QString &answer : answers)
+            dialogs->answers.enqueue(answer == QLatin1String("-") ? std::nullopt
+                                     : std::optional(answer.endsWith(QLatin1String(".wepn")) ? dir.filePath(answer) : weapon(answer)));
+        const int messages = int(dialogs->messages.size());
         if (action == QLatin1String("close") || action == QLatin1String("exit"))
             action == QLatin1String("close") ? void(window->close()) : window->Exit->trigger();
         else
             action == QLatin1String("open") ? window->Open->trigger() : drop(weapon(QStringLiteral("IonBeam")));
 
         QCOMPARE(asking->asked, QStringList{QStringLiteral("Save changes to SwarmMissile.wepn?")});
-        QCOMPARE(QFile::exists(dir.filePath(QStringLiteral("Saved.wepn"))), choice == int(Dialogs::SaveChoice::SaveAs));
-        QCOMPARE(dialogs->requests.size(), 1 + int(choice == int(Dialogs::SaveChoice::SaveAs)));
+        QVERIFY(dialogs->answers.isEmpty()); // every file dialog expected came
+        const bool written = answers.value(0) == QLatin1String("Saved.wepn");
+        QCOMPARE(QFile::exists(dir.filePath(QStringLiteral("Saved.wepn"))), written);
+        if (written) {
+            QVERIFY(fileBytes(dir.filePath(QStringLiteral("Saved.wepn"))).contains(range.toLatin1() + ",0,0,0,"));
+        }
+        if (answers.value(0).startsWith(QLatin1String("missing/"))) { // the failure is told, naming the file
+            QCOMPARE(dialogs->messages.size(), messages + 1);
+            QVERIFY(dialogs->messages.last().contains(dir.filePath(QStringLiteral("missing/Saved.wepn"))));
+        }
         QCOMPARE(!window->isVisible() || window->windowTitle().endsWith(QLatin1String("IonBeam.wepn")), replaced);
         if (!replaced) { // the window and the document as they were
-            QVERIFY(window->bModified);
+            QVERIFY(window->isVisible() && window->windowTitle().endsWith(QLatin1String("SwarmMissile.wepn")));
             QCOMPARE(window->Value[4]->text(), range);
             QCOMPARE(rows(window->lstArmorFamilies), armour);
             QCOMPARE(window->lstArmorFamilies->currentRow(), 1);
+            asking->asked.clear(); // and still asks
+            QVERIFY(!window->close() && asking->asked.size() == 1);
+        }
+    }
+
+    // Every control the user edits marks the script changed: typing in each text field, a choice
+    // in each drop-down, the check box, and each list editor's buttons. Then closing asks.
+    void everyControlMarksTheScriptChanged()
+    {
+        start();
+        const auto openFresh = [this] { // an unchanged script, with an entry of each list selected
+            open(weapon(QStringLiteral("SwarmMissile")));
+            window->lstWeaponResults->setCurrentRow(0);
+            window->lstArmorFamilies->setCurrentRow(0);
+            window->lstAccuracy->setCurrentRow(0);
+        };
+        openFresh();
+        QList<QWidget *> controls;
+        for (QWidget *control : window->findChildren<QWidget *>())
+            if (auto *field = qobject_cast<QLineEdit *>(control); (qobject_cast<QComboBox *>(control) || (field && !field->isReadOnly()))
+                                                                  && control->isVisibleTo(window.get()) && control->isEnabled())
+                controls << control;
+        controls << window->chkAlwaysDMG << window->cmdPenApply << window->cmdAccApply << window->cmdApply << window->cmdAdd << window->cmdRemove;
+        QVERIFY(controls.size() > 30);
+        for (QWidget *control : controls) {
+            openFresh();
+            asking->asked.clear();
+            if (auto *combo = qobject_cast<QComboBox *>(control))
+                QTest::keyClick(combo, combo->currentIndex() + 1 < combo->count() ? Qt::Key_Down : Qt::Key_Up);
+            else if (auto *field = qobject_cast<QLineEdit *>(control))
+                QTest::keyClicks(field, field->text().isEmpty() ? QStringLiteral("1") : QStringLiteral("\b"));
+            else { // an Apply takes another value, shown as a selection would show it
+                window->txtPenetration->setText(QStringLiteral("0.25"));
+                window->txtAccuracy->setText(QStringLiteral("0.25"));
+                window->txtMinEffect->setText(QStringLiteral("7"));
+                QTest::mouseClick(control, Qt::LeftButton);
+            }
+            QVERIFY2(!window->close() && asking->asked.size() == 1,
+                     qPrintable(control->objectName() + QLatin1Char(' ') + control->parentWidget()->objectName()));
+            asking->choices.enqueue(Dialogs::SaveChoice::Discard); // for the next Open
         }
     }
 
     // After a cancelled Open, a family list that only gained families still saves: the new
-    // family gets the default penetration.
+    // families get the defaults, the default penetration and an accuracy of 1.
     void saveAfterCancelledOpenWithAddedFamily()
     {
         start();
         open(weapon(QStringLiteral("SwarmMissile")));
         const QString familyList = data + QStringLiteral("/Scripts/familylist.lua");
-        writeFile(familyList, fileBytes(familyList).replace("{ name = \"ShieldedHull\", },\r\n",
-                                                            "{ name = \"ShieldedHull\", },\r\n{ name = \"Titan\", },\r\n"));
+        writeFile(familyList, fileBytes(familyList)
+                                  .replace("{ name = \"ShieldedHull\", },\r\n", "{ name = \"ShieldedHull\", },\r\n{ name = \"Titan\", },\r\n")
+                                  .replace("{ name = \"Utility\", },\r\n", "{ name = \"Utility\", },\r\n{ name = \"Titan\", },\r\n"));
         open(std::nullopt);
         save(dir.filePath(QStringLiteral("Out.wepn")));
         QCOMPARE(dialogs->messages, QStringList{QStringLiteral("Successfully saved to '%1'").arg(dir.filePath(QStringLiteral("Out.wepn")))});
         QVERIFY(fileBytes(dir.filePath(QStringLiteral("Out.wepn"))).contains("{ShieldedHull=0.75,},\r\n{Titan=0.75,})\r\n"));
+        QVERIFY(fileBytes(dir.filePath(QStringLiteral("Out.wepn"))).contains("{Utility=1,},\r\n{Titan=1,})\r\n"));
     }
 
     void directoryDialogKeysAndBrowse()

@@ -102,12 +102,16 @@ private slots:
         choose(w.cboEffect, "Push");
         select(w.lstWeaponResults, 2);
         QCOMPARE(resultEditor(), QStringLiteral("Miss Disable 0 0 *"));
+        retype(w.txtMaxEffect, QStringLiteral("7"));
+        click(w.cmdApply); // the selected row changes, and only that
+        QCOMPARE(rows(w.lstWeaponResults), QStringLiteral("Miss - DamageHealth - 125 - 2 - |"
+                                                          "Miss - SpawnWeaponFire - 0 - 0 - Flak_Burst|Miss - Disable - 0 - 7 - "));
         select(w.lstWeaponResults, 0);
         click(w.cmdRemove);
         QCOMPARE(WepnEditor_Main::selectedEntry(w.lstWeaponResults), std::nullopt);
         QVERIFY(saved().contains(QStringLiteral("\r\nAddWeaponResult(NewWeaponType,\"Miss\",\"SpawnWeaponFire\",\"Target\",0,0,"
                                                "\"Flak_Burst\")\r\nAddWeaponResult(NewWeaponType,\"Miss\",\"Disable\","
-                                               "\"Target\",0,0,\"\")\r\n\r\nsetAngles(")));
+                                               "\"Target\",0,7,\"\")\r\n\r\nsetAngles(")));
         select(w.lstWeaponResults, 1);
         click(w.cmdRemove);
         select(w.lstWeaponResults, 0);

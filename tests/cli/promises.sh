@@ -1,0 +1,235 @@
+#!/usr/bin/env bash
+# vantorel-cli's promises, one row each, run as processes in a folder of their own so that every
+# expected message is literal: exit statuses, usage, options after a command, "--", standard input
+# and output, folders, the data directory's origin, what check reports, the game reading mode,
+# the signals that stop an in-place run, and what a terminal shows.
+# Usage: promises.sh VANTOREL_CLI FIXTURE_DIR
+set -uo pipefail
+cli=$(realpath "$1")
+fixtures=$(realpath "$2")
+tmp=$(mktemp -d)
+trap 'chmod -R u+rwx "$tmp"; rm -rf "$tmp"' EXIT
+export XDG_CONFIG_HOME=$tmp/config # never the user's settings
+cd "$tmp" && chmod 755 . || exit 1 # the user nobody runs in it too
+# A copy of the tool, which the user nobody can run also when the build lies in a folder only its
+# owner may enter (a home folder of mode 0700).
+cp "$cli" vantorel-cli && cli=$tmp/vantorel-cli || exit 1
+mkdir -p Data/Scripts/Weaponfire/FX_Shot Alphabet/Scripts/Weaponfire empty mixed Mods/A Mods/B
+cp "$fixtures/familylist.lua" Data/Scripts/
+cp "$fixtures/Mixed.wepn" mixed/MIXED.WEPN
+cp "$fixtures/Mixed.wepn" mixed.wepn
+cp "$fixtures/Mixed.normalized.wepn" clean.wepn
+cp "$fixtures/Mixed.normalized.wepn" ./-dash.wepn
+cp "$fixtures/../../data/game/stock.wepn" stock.wepn
+printf 'setAngles(NewWeaponType,1,2,3,4,5)\nsetAngles(' >broken.wepn
+# Three comments: the first is reported with the count of the others.
+{ echo '-- one'; echo '-- two'; cat clean.wepn; echo '-- three'; } >comments.wepn
+# Families whose letters cover the alphabet, named in the script in other letter case.
+printf 'armourFamily =\n{\n{ name = "AbcdEfghIjklM", },\n{ name = "NopqRstuVwxyZ", },\n}\nunitcapsFamily = {}\nattackFamily =\n{\n{ name = "Fighter", },\n}\ndockFamily = {}\n' >Alphabet/Scripts/familylist.lua
+printf '%s\r\n' "$(head -1 clean.wepn | tr -d '\r')" 'setAngles(NewWeaponType,10,-90,90,-5,60)' \
+  'setPenetration(NewWeaponType,5,1,' '{aBCDeFGHiJKLm=0.5,},' '{nOPQrSTUvWXYz=0.4,})' 'setAccuracy(NewWeaponType,1,' '{fIGHTER=0.5,})' >case.wepn
+for name in Mods/b.wepn Mods/A/z.WEPN Mods/B/y.wepn Mods/c.Wepn; do { [ "$name" = Mods/b.wepn ] || echo '-- note'; cat clean.wepn; } >"$name"; done
+echo 'not a script' >Mods/notes.txt
+data=(--data-dir Data)
+failed=0
+
+fail() {
+  echo "FAIL: $*" >&2
+  failed=1
+}
+
+# Whether a stream holds what a row expects: nothing for '', a line matching an extended regex for
+# '~RE', a file's bytes for '@FILE', else exactly the text and a line end.
+holds() {
+  case $1 in
+  '') [ ! -s "$2" ] ;;
+  '~'*) grep -Eq -- "${1#\~}" "$2" ;;
+  '@'*) cmp -s -- "${1#@}" "$2" ;;
+  *) printf '%s\n' "$1" | cmp -s - "$2" ;;
+  esac
+}
+
+# row STATUS STDERR STDOUT ARGUMENT...: standard input is $IN (default /dev/null); standard output
+# goes to $OUT when set (then not compared).
+row() {
+  local status=$1 err=$2 out=$3
+  shift 3
+  "$cli" "$@" <"${IN:-/dev/null}" >"${OUT:-out}" 2>err
+  local got=$?
+  if [ "$got" -ne "$status" ] || ! holds "$err" err || { [ -z "${OUT:-}" ] && ! holds "$out" out; }; then
+    fail "vantorel-cli $* (status $got, expected $status)"
+    sed 's/^/  stderr: /' err >&2
+    [ -n "${OUT:-}" ] || sed 's/^/  stdout: /' out | head -5 >&2
+  fi
+}
+
+u='(see vantorel-cli --help)'
+#   status stderr / stdout / arguments
+# Usage and exit statuses: 2 for a usage error, also a bare run; --help anywhere after a command.
+row 2 '~^Usage:' ''
+row 0 '' '~^Usage:' --help
+row 0 '' '~^Usage:' check --help
+row 0 '' '~^Usage:' normalize --in-place --data-dir Data --help
+row 0 '' 'vantorel-cli 1.4.3' --version
+row 2 "vantorel-cli: unknown command 'fix' $u" '' fix clean.wepn
+row 2 "vantorel-cli: unknown option '--in-place' for check $u" '' check --in-place clean.wepn
+row 2 "vantorel-cli: unknown option '--strict' for normalize $u" '' normalize --strict "${data[@]}" clean.wepn
+row 2 "vantorel-cli: --sync is each, shared or auto, not 'fast' $u" '' normalize --in-place --sync=fast clean.wepn
+row 2 "vantorel-cli: unknown option '--sync=each' for check $u" '' check --sync=each clean.wepn
+row 2 "vantorel-cli: unknown option '--read=lua' for check $u" '' check --read=lua "${data[@]}" clean.wepn
+row 2 '~^vantorel-cli: --data-dir needs a directory' '' check --data-dir '' clean.wepn
+row 2 "vantorel-cli: normalize needs at least one FILE $u" '' normalize "${data[@]}"
+row 2 "vantorel-cli: normalize without --in-place writes one script to standard output, but the FILEs name 2 $u" '' normalize "${data[@]}" clean.wepn comments.wepn
+row 2 "vantorel-cli: normalize without --in-place writes one script to standard output, but the FILEs name 4 $u" '' normalize "${data[@]}" Mods
+# A file name starting with "-" after "--".
+row 2 "vantorel-cli: unknown option '-dash.wepn' for check $u" '' check "${data[@]}" -dash.wepn
+row 0 '' '' check "${data[@]}" -- -dash.wepn
+row 0 '' @clean.wepn normalize "${data[@]}" -- -dash.wepn
+row 0 '' "@$fixtures/Mixed.normalized.wepn" normalize "${data[@]}" mixed.wepn
+# 1 when a file cannot be read or written, one line each, and the other files are still done.
+row 1 "missing.wepn:0: error: Cannot read 'missing.wepn': No such file or directory" '' normalize "${data[@]}" missing.wepn
+row 1 "missing.wepn:0: error: Cannot read 'missing.wepn': No such file or directory" 'comments.wepn:1: warning: comment: a save drops it and the 2 other comments' check "${data[@]}" clean.wepn missing.wepn comments.wepn
+OUT=/dev/full row 1 'vantorel-cli: cannot write the standard output' '' normalize "${data[@]}" clean.wepn
+OUT=/dev/full row 1 'vantorel-cli: cannot write the standard output' '' check "${data[@]}" comments.wepn
+OUT=/dev/full row 1 'vantorel-cli: cannot write the standard output' '' --help
+OUT=/dev/full row 1 'vantorel-cli: cannot write the standard output' '' --version
+# Folders: every .wepn below, any letter case, sorted by path; one without scripts is an error
+# naming it, also among other arguments, which are still done.
+row 0 '' $'Mods/A/z.WEPN:1: warning: comment: a save drops it\nMods/B/y.wepn:1: warning: comment: a save drops it\nMods/c.Wepn:1: warning: comment: a save drops it' check "${data[@]}" Mods
+row 1 'vantorel-cli: empty: no .wepn file in this folder' '' check "${data[@]}" empty
+m=$'mixed/MIXED.WEPN:1: warning: comment: a save drops it\nmixed/MIXED.WEPN:12: warning: the game cannot run this script (unexpected symbol near \'}\'), so what a save changes is not known'
+row 1 'vantorel-cli: empty: no .wepn file in this folder' "$m" check "${data[@]}" empty mixed
+row 1 'vantorel-cli: empty: no .wepn file in this folder' '' normalize "${data[@]}" empty
+# Standard input.
+IN=clean.wepn row 0 '' '' check "${data[@]}" -
+IN=comments.wepn row 0 '' '(standard input):1: warning: comment: a save drops it and the 2 other comments' check "${data[@]}" -
+IN=clean.wepn row 0 '' @clean.wepn normalize "${data[@]}" -
+row 2 "vantorel-cli: --in-place cannot rewrite standard input ('-') $u" '' normalize --in-place "${data[@]}" -
+row 2 "vantorel-cli: standard input ('-') can be read only once $u" '' check "${data[@]}" - -
+# --strict fails on any warning, also a single one, and on nothing else.
+row 1 '' "$m" check --strict "${data[@]}" mixed
+row 1 '' 'comments.wepn:1: warning: comment: a save drops it and the 2 other comments' check --strict --data-dir=Data comments.wepn
+row 0 '' '' check --strict --data-dir=Data clean.wepn
+# Regular files up to 64 MiB only.
+{ cat clean.wepn; head -c 100000 /dev/zero | tr '\0' '-'; echo; } >large.wepn && cp large.wepn huge.wepn && truncate -s $((64 << 20 | 1)) huge.wepn
+row 0 '' 'large.wepn:21: warning: comment: a save drops it' check "${data[@]}" large.wepn
+row 1 "huge.wepn:0: error: Cannot read 'huge.wepn': larger than 64 MiB, which no script is" '' check "${data[@]}" huge.wepn
+# Family names are matched letter case aside, for every letter.
+row 0 '' '' check --data-dir Alphabet case.wepn
+row 0 '' '' check --read=game --data-dir Alphabet case.wepn
+# The game reading mode keeps the script's bytes and reports what Lua cannot run, with its line.
+row 0 '' @stock.wepn normalize --read=game "${data[@]}" stock.wepn
+row 1 '' 'broken.wepn:2: error: unexpected symbol near <eof>' check --read=game "${data[@]}" stock.wepn broken.wepn
+# Where the data directory comes from, and how to give another.
+row 1 "vantorel-cli: The folder 'nowhere/Scripts/Weaponfire' does not exist. The data directory was given with --data-dir." '' check --data-dir nowhere clean.wepn
+row 1 "vantorel-cli: The folder 'C:\\Program Files\\Quellbrook\\Korvath\\Data/Scripts/Weaponfire' does not exist. The data directory is the default, as the editor has stored none ($tmp/config/Tarnwick/Tarnwick.conf); give one with --data-dir DIR." '' check clean.wepn
+mkdir -p config/Tarnwick && printf '[Directories]\nDecompiled_Data=%s/gone\n' "$tmp" >config/Tarnwick/Tarnwick.conf
+row 1 "vantorel-cli: The folder '$tmp/gone/Scripts/Weaponfire' does not exist. The data directory comes from the editor's stored setting ($tmp/config/Tarnwick/Tarnwick.conf); give another with --data-dir DIR." '' check clean.wepn
+printf '[Directories]\nDecompiled_Data=%s/Data\n' "$tmp" >config/Tarnwick/Tarnwick.conf
+row 0 '' 'comments.wepn:1: warning: comment: a save drops it and the 2 other comments' check comments.wepn
+# Without --read, the stored reading: as the game does, a save keeps the comments, and a script Lua
+# cannot run says where that reading came from, once.
+printf '[Reading]\nReadScriptsAsTheGameDoes=true\n' >>config/Tarnwick/Tarnwick.conf
+row 1 '' "broken.wepn:2: error: unexpected symbol near <eof> (read as the game does, as the editor's stored setting in $tmp/config/Tarnwick/Tarnwick.conf says; --read=editor reads the editor's dialect)" check comments.wepn broken.wepn
+row 0 '' 'comments.wepn:1: warning: comment: a save drops it and the 2 other comments' check --read=editor comments.wepn
+printf '[Directories]\nDecompiled_Data=%s/Data\n' "$tmp" >config/Tarnwick/Tarnwick.conf
+
+# In place, a script whose save changes what the game reads, or that the game cannot run, is left
+# as it is unless --allow-changes; one that only loses comments is rewritten.
+cp mixed.wepn Refused.wepn && cp comments.wepn Comments.wepn
+row 1 "Refused.wepn:12: error: left as it is: the game cannot run this script (unexpected symbol near '}'), so what a save changes is not known (--allow-changes rewrites it all the same)" '' normalize --in-place "${data[@]}" Refused.wepn Comments.wepn
+cmp -s Refused.wepn mixed.wepn && cmp -s Comments.wepn clean.wepn || fail "--in-place without --allow-changes"
+printf 'setAngles(NewWeaponType,1,2,3,4,5)\n' >Angles.wepn
+row 1 "Angles.wepn:0: error: left as it is: a save adds StartWeaponConfig(NewWeaponType, \"\", \"\", \"\", \"\", 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, ...), which the script does not call (--allow-changes rewrites it all the same)" '' normalize --in-place "${data[@]}" Angles.wepn
+row 0 '' '' normalize --in-place --allow-changes "${data[@]}" Refused.wepn
+cmp -s Refused.wepn "$fixtures/Mixed.normalized.wepn" || fail "--allow-changes did not rewrite"
+
+# In place: a folder without scripts among others is named, the others are rewritten; an already
+# normalised script keeps its file and modification time; no file is left beside them.
+cp -r Mods InPlace && cp mixed.wepn InPlace/mixed.wepn && stat -c %i%Y InPlace/b.wepn >before
+row 1 'vantorel-cli: empty: no .wepn file in this folder' '' normalize --in-place --allow-changes "${data[@]}" empty InPlace
+for name in InPlace/b.wepn InPlace/A/z.WEPN InPlace/c.Wepn; do cmp -s "$name" clean.wepn || fail "$name not normalised"; done
+cmp -s InPlace/mixed.wepn "$fixtures/Mixed.normalized.wepn" || fail "InPlace/mixed.wepn not normalised"
+[ "$(stat -c %i%Y InPlace/b.wepn)" = "$(cat before)" ] || fail "a normalised script got a new file"
+[ "$(find InPlace | wc -l)" -eq 9 ] && cmp -s InPlace/notes.txt Mods/notes.txt || fail "other files in the folder changed"
+
+# In place, one folder per row holding `in` (Mixed.wepn) and `out` (its normalised form): what the
+# rewrite does to FIFOs, symlinks, hard links, owners and modes, long names and unlistable folders.
+# inplace NAME SETUP STATUS STDERR AFTER [nobody] -- ARGUMENT...: SETUP and AFTER are shell run in
+# the folder, AFTER must hold; "nobody" runs the rewrite as the user nobody when the test runs as root.
+inplace() {
+  local name=$1 setup=$2 status=$3 err=$4 after=$5 user=()
+  shift 5
+  [ "$1" = nobody ] && [ "$(id -u)" -eq 0 ] && user=(setpriv --reuid=65534 --regid=65534 --clear-groups)
+  [ "$1" = -- ] || shift
+  shift
+  mkdir "$tmp/$name" && cd "$tmp/$name" && cp "$fixtures/Mixed.wepn" in && cp "$fixtures/Mixed.normalized.wepn" out \
+    && sh -c "$setup" || fail "$name: setup"
+  "${user[@]}" "$cli" normalize --in-place --allow-changes --data-dir "$tmp/Data" "$@" >/dev/null 2>../err
+  local got=$?
+  [ "$got" -eq "$status" ] && holds "$err" ../err && sh -c "$after" || { fail "$name: status $got"; sed 's/^/  stderr: /' ../err >&2; }
+  chmod -R u+rwx . && cd "$tmp" || exit 1
+}
+long=$(printf 'w%.0s' {1..250}).wepn
+inplace FifoWithNewlineInName "mkfifo \"\$(printf 'n\\nl.wepn')\"" 1 "'n\\nl.wepn':0: error: Cannot read 'n\\nl.wepn': not a regular file" \
+  "test -p \"\$(printf 'n\\nl.wepn')\"" -- "$(printf 'n\nl.wepn')"
+inplace Symlink 'cp in a.wepn && ln -s ../Symlink/a.wepn l.wepn' 0 '' 'test -L l.wepn && cmp a.wepn out' -- l.wepn
+inplace HardLink 'cp in a.wepn && ln a.wepn h.wepn' 1 \
+  "a.wepn:0: error: Cannot save 'a.wepn': it has 2 hard links, which a rewrite would split (--split-hard-links allows it)" \
+  'cmp a.wepn in && cmp h.wepn in' -- a.wepn
+inplace HardLinkSplit 'cp in a.wepn && ln a.wepn h.wepn' 0 '' 'cmp a.wepn out && cmp h.wepn in' -- --split-hard-links a.wepn
+for mode in 666 6755; do # bits the umask masks; the set-user-ID and set-group-ID bits
+  inplace "OwnerAndMode$mode" "cp in a.wepn && { chown 65534:65534 a.wepn 2>/dev/null; chmod $mode a.wepn && stat -c %u%g%a a.wepn >s; }" 0 '' \
+    'cmp a.wepn out && test "$(stat -c %u%g%a a.wepn)" = "$(cat s)"' -- a.wepn
+done
+inplace LongName "cp in $long" 0 '' "cmp out $long" -- "$long"
+# Folders before and after the one that cannot be listed are still rewritten.
+inplace UnlistableFolder 'mkdir -p F/ok F/shut F/zz && cp in F/ok/a.wepn && cp in F/shut/b.wepn && cp in F/zz/c.wepn && chmod 000 F/shut && { chown -R 65534:65534 F/ok F/zz 2>/dev/null; true; }' \
+  1 'F/shut: cannot list the folder: Permission denied' 'cmp F/ok/a.wepn out && cmp F/zz/c.wepn out && cmp F/shut/b.wepn in' nobody -- F
+# A write that fails (here the file size limit) leaves the script as it was, with one line each.
+mkdir Limited && long=$(printf 'x%.0s' {1..8000}) && for name in a b; do { cat clean.wepn; echo "print(\"$long\")"; } >"Limited/$name.wepn"; done
+(failed=0 && ulimit -f 8 && row 1 '~^Limited/a.wepn:0: error: Cannot save' '' normalize --in-place "${data[@]}" Limited/a.wepn Limited/b.wepn \
+  && [ "$(wc -l <err)" -eq 2 ] && [ "$(ls -A Limited | wc -l)" -eq 2 ] && grep -q "$long" Limited/a.wepn && exit "$failed") \
+  || fail "a failed in-place write"
+
+# Runs killed outright leave each script old or new, a program that holds a script open keeps its
+# old bytes, and the next run finishes the work and removes what the killed ones left.
+old=$(sha1sum <mixed.wepn | cut -c1-40) new=$(sha1sum <"$fixtures/Mixed.normalized.wepn" | cut -c1-40)
+mkdir Killed && tee Killed/{1000..1399}.wepn <mixed.wepn >/dev/null && exec 3<Killed/1000.wepn 4<Killed/1399.wepn
+for delay in 0.01 0.05 0.2; do
+  { timeout -s KILL "$delay" "$cli" normalize --in-place --allow-changes "${data[@]}" Killed; } 2>/dev/null
+  [ "$(sha1sum Killed/* | grep -vc -e "^$new " -e "^$old ")" -eq 0 ] || fail "a script neither old nor new after SIGKILL at $delay"
+done
+row 0 '' '' normalize --in-place --allow-changes "${data[@]}" Killed
+[ "$(sha1sum Killed/* | grep -c "^$new ")" -eq 400 ] && [ "$(ls -A Killed | wc -l)" -eq 400 ] || fail "after SIGKILL: not finished, or files left"
+cat <&3 | cmp -s - mixed.wepn && cat <&4 | cmp -s - mixed.wepn || fail "a program holding a script open saw other bytes"
+
+# SIGINT and SIGTERM: the scripts in hand (at most 128 for each of 8 threads, taken in path order)
+# are finished, no other is touched, and the run ends by the signal after one line.
+for signal in INT:2 TERM:15; do
+  rm -rf S && mkdir S && tee S/{1000..2029}.wepn <mixed.wepn >/dev/null
+  timeout --preserve-status -s "${signal%:*}" 0.02 "$cli" normalize --in-place --allow-changes "${data[@]}" S 2>err
+  got=$?
+  n=$(sed -n "s/^vantorel-cli: stopped by SIG${signal%:*} after \([0-9]*\) of 1030 scripts; the others were not looked at\$/\1/p" err)
+  [ -s err ] || [ "$got" -ne $((128 + ${signal#*:})) ] || n=0 # stopped before it could take over the signal
+  if [ -s err ] || [ "$got" -ne 0 ]; then
+    [ -n "$n" ] && [ "$(wc -l <err)" -le 1 ] && [ "$got" -eq $((128 + ${signal#*:})) ] && [ "$(ls -A S | wc -l)" -eq 1030 ] \
+      && [ "$(sha1sum S/* | head -n "$n" | grep -vc "^$new ")" -eq 0 ] && [ "$(sha1sum S/* | grep -c "^$new ")" -eq "$n" ] \
+      || fail "SIG${signal%:*}: status $got, $(cat err)"
+  fi
+done
+
+# --help: every description in the Commands and Options lists starts in the same column.
+"$cli" --help | awk '/^(Commands|Options):/ { list = 1; next } /^$/ { list = 0 }
+  list { match($0, /^  [^ ].*[^ ]  +|^ +/); columns[RLENGTH] = 1 }
+  END { n = 0; for (c in columns) n++; exit n != 1 }' || fail "--help columns are not aligned"
+
+# On a terminal: the summary line, and the progress line of a run that lasts over a second.
+terminal() { script -qec "$1" /dev/null | tr -d '\r'; }
+terminal "'$cli' check --data-dir Data mixed clean.wepn" \
+  | grep -Eq '^checked 2 files: 0 errors, [1-9][0-9]* warnings$' || fail "no summary on a terminal"
+terminal "sh -c \"(sleep 1.2; cat clean.wepn) | '$cli' check --data-dir Data - clean.wepn\"" \
+  | grep -Fq "[2/2] clean.wepn" || fail "no progress line on a terminal"
+"$cli" check "${data[@]}" clean.wepn 2>&1 | grep -q checked && fail "summary without a terminal"
+
+exit $failed
