@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Times `vantorel-cli normalize --in-place` over N generated weapon scripts against `cat` of the
-# same files into /dev/null, and prints both times and their ratio.
+# Times `vantorel-cli normalize --in-place --allow-changes` over N generated weapon scripts against
+# `cat` of the same files into /dev/null, and prints both times and their ratio.
 #
 #   bench/batch.sh [N] [path/to/vantorel-cli]
 #
@@ -115,12 +115,12 @@ find "$data/Weapon" -name '*.wepn' -print0 | xargs -0 cat > /dev/null
 catSeconds=$(awk -v a="$start" -v b="$(now)" 'BEGIN { printf "%.3f", b - a }')
 
 start=$(now)
-"$cli" normalize --in-place --data-dir "$data" "$data/Weapon"
+"$cli" normalize --in-place --allow-changes --data-dir "$data" "$data/Weapon"
 cliSeconds=$(awk -v a="$start" -v b="$(now)" 'BEGIN { printf "%.3f", b - a }')
 
 # Every file must now be normalised: a second run changes nothing.
 start=$(now)
-"$cli" normalize --in-place --data-dir "$data" "$data/Weapon"
+"$cli" normalize --in-place --allow-changes --data-dir "$data" "$data/Weapon"
 againSeconds=$(awk -v a="$start" -v b="$(now)" 'BEGIN { printf "%.3f", b - a }')
 
 echo "scripts:                          $count${writer:+ (with a concurrent writer)}"

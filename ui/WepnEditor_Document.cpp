@@ -3,60 +3,33 @@
 
 #include "Latin1.h"
 #include "Messages.h"
+#include "NamedValues.h"
 #include "NumberText.h"
 
 #include <QComboBox>
 #include <QLineEdit>
 #include <QListWidget>
 
+#include <algorithm>
 #include <variant>
 
 namespace {
 
-// A field of the record or of the document, and the control that shows it.
-using Member = std::variant<std::string KorvathWeapon::*, double KorvathWeapon::*, std::int16_t KorvathWeapon::*,
-                            std::int32_t KorvathWeapon::*, double EditorDocument::*, std::int32_t EditorDocument::*>;
+// The controls that show one value each, in the order they are set and read. The member a control
+// edits is the named value under its label: the same list the command line's table and edits use,
+// so "Firing Range" means one member everywhere.
+constexpr std::string_view kBoundControls[] = {
+    "Value_0",  "Value_1",  "cboWeaponEffects", "Value_3",  "Value_4",  "Value_5",  "Value_6",  "Value_7",
+    "Value_8",  "Value_9",  "Value_10",         "Value_12", "Value_13", "Value_14", "Value_15", "Value_16",
+    "cboActivation",       "cboFireAxis",       "cboVelocityPredict", "cboCheckLOF", "cboShootSecondaries",
+    "cboShootSurroundings", "cboTrackDistantTargets", "txtFiringArc", "txtLeftRot", "txtRightRot", "txtDownRot",
+    "txtUpRot", "txtBarrelRecoil", "txtSlaveFireDelay", "txtFieldPenetration", "txtDefaultPenetration",
+};
 
 struct Binding
 {
     std::string_view control;
-    Member member;
-};
-
-// In the order the controls are set and read.
-const Binding kBindings[] = {
-    {"Value_0", &KorvathWeapon::sWeaponType},
-    {"Value_1", &KorvathWeapon::sWeaponFireType},
-    {"cboWeaponEffects", &KorvathWeapon::sWeaponFireName},
-    {"Value_3", &KorvathWeapon::fWeaponFireSpeed},
-    {"Value_4", &KorvathWeapon::fWeaponFireRange},
-    {"Value_5", &KorvathWeapon::fWeaponFireRadius},
-    {"Value_6", &KorvathWeapon::fWeaponFireLifetime},
-    {"Value_7", &KorvathWeapon::fWeaponFireMisc1},
-    {"Value_8", &KorvathWeapon::iMaxEffectsSpawned},
-    {"Value_9", &KorvathWeapon::fFireTime},
-    {"Value_10", &KorvathWeapon::fBurstFireTime},
-    {"Value_12", &KorvathWeapon::fBurstWaitTime},
-    {"Value_13", &KorvathWeapon::fMaxAzimuthSpeed},
-    {"Value_14", &KorvathWeapon::fMaxDeclinationSpeed},
-    {"Value_15", &KorvathWeapon::fSpeedMultiplierWhenPointingAtTarget},
-    {"Value_16", &KorvathWeapon::iInstantHitThreshold},
-    {"cboActivation", &KorvathWeapon::sActivation},
-    {"cboFireAxis", &KorvathWeapon::iWeaponFireAxis},
-    {"cboVelocityPredict", &KorvathWeapon::iUseVelocityPred},
-    {"cboCheckLOF", &KorvathWeapon::iCheckLineOfFire},
-    {"cboShootSecondaries", &KorvathWeapon::iShootAtSecondaries},
-    {"cboShootSurroundings", &KorvathWeapon::iShootAtSurroundings},
-    {"cboTrackDistantTargets", &KorvathWeapon::iTrackTargetsOutsideRange},
-    {"txtFiringArc", &EditorDocument::fFiringArc},
-    {"txtLeftRot", &EditorDocument::fLeftRotation},
-    {"txtRightRot", &EditorDocument::fRightRotation},
-    {"txtDownRot", &EditorDocument::fDownRotation},
-    {"txtUpRot", &EditorDocument::fUpRotation},
-    {"txtBarrelRecoil", &EditorDocument::fBarrelRecoil},
-    {"txtSlaveFireDelay", &EditorDocument::fSlaveFireDelay},
-    {"txtFieldPenetration", &EditorDocument::iFieldPenetration},
-    {"txtDefaultPenetration", &EditorDocument::fDefaultPenetration},
+    NamedValues::Member member;
 };
 
 QString numberText(double value)
@@ -119,9 +92,28 @@ QString expectedNumber()
 
 } // namespace
 
+// Every window has the same labels: the first one made gives the members.
+static const std::vector<Binding> &bindings(const WepnEditor_Main &window)
+{
+    static const std::vector<Binding> kBindings = [&window] {
+        std::vector<Binding> bound;
+        for (const std::string_view control : kBoundControls) {
+            const std::string label = Latin1::toBytes(window.fieldLabel(control));
+            const auto &fields = NamedValues::fields();
+            const auto field = std::find_if(fields.begin(), fields.end(), [&](const NamedValues::Field &f) {
+                return f.name == label;
+            });
+            if (field != fields.end()) // every one does; the window tests show each control's member
+                bound.push_back({control, field->member});
+        }
+        return bound;
+    }();
+    return kBindings;
+}
+
 std::optional<QString> WepnEditor_Main::ShowDocument()
 {
-    for (const Binding &binding : kBindings) {
+    for (const Binding &binding : bindings(*this)) {
         QWidget *target = control(binding.control);
         std::visit([&](auto member) { showValue(target, fieldOf(document, member)); }, binding.member);
     }
@@ -139,7 +131,7 @@ std::optional<QString> WepnEditor_Main::ShowDocument()
 std::optional<QString> WepnEditor_Main::CollectDocument()
 {
     EditorDocument collected = document;
-    for (const Binding &binding : kBindings) {
+    for (const Binding &binding : bindings(*this)) {
         QWidget *source = control(binding.control);
         auto *combo = qobject_cast<QComboBox *>(source);
         if (combo && !combo->isEditable()) {
