@@ -9,6 +9,7 @@
 
 #include <QAction>
 #include <QDirIterator>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QQueue>
 #include <QSettings>
@@ -76,6 +77,21 @@ inline void writeFile(const QString &path, const QByteArray &bytes)
 {
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size());
+}
+
+// Typed over the field's whole text, as a user replaces a value.
+inline void retype(QLineEdit *field, const QString &text)
+{
+    field->setFocus();
+    field->selectAll();
+    QTest::keyClick(field, Qt::Key_Backspace);
+    QTest::keyClicks(field, text);
+}
+
+inline void select(QListWidget *list, int row)
+{
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(row)).center());
+    QCOMPARE(WepnEditor_Main::selectedEntry(list), std::optional<std::size_t>(row));
 }
 
 // A list's rows joined with "|".

@@ -40,18 +40,6 @@ static const QByteArray kScript = "StartWeaponConfig(NewWeaponType,\"Fixed\",\"B
                                   "AddWeaponResult(NewWeaponType,\"Hit\",\"DamageHealth\",\"Target\",1,2,\"\")\r\n"
                                   "setAngles(NewWeaponType,18,19,20,21,22)\r\n";
 
-static void retype(QLineEdit *field, const QString &text)
-{
-    field->setFocus();
-    field->selectAll();
-    QTest::keyClicks(field, text);
-}
-
-static void select(QListWidget *list, int row)
-{
-    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(row)).center());
-}
-
 class TestEditorAids : public WindowTest
 {
     Q_OBJECT

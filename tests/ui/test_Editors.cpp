@@ -15,20 +15,6 @@ static void click(QWidget *button)
     QTest::mouseClick(button, Qt::LeftButton);
 }
 
-static void retype(QLineEdit *field, const QString &text)
-{
-    field->setFocus();
-    field->selectAll();
-    QTest::keyClick(field, Qt::Key_Backspace);
-    QTest::keyClicks(field, text);
-}
-
-static void select(QListWidget *list, int row)
-{
-    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(row)).center());
-    QCOMPARE(WepnEditor_Main::selectedEntry(list), std::optional<std::size_t>(row));
-}
-
 // Chosen with the arrow keys, as a user picks from a drop-down.
 static void choose(QComboBox *combo, const char *item)
 {
