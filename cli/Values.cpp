@@ -1,16 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "Values.h"
 
+#include "InPlace.h"
 #include "Output.h"
 
 #include <algorithm>
-#include <atomic>
-#include <csignal>
 #include <cstdint>
-#include <thread>
-
-#include <sys/resource.h>
-#include <unistd.h>
 
 using Output::failure;
 using Output::location;
@@ -95,131 +90,66 @@ std::string changeLine(const std::string &path, int line, const std::string &nam
 
 namespace {
 
-std::atomic<int> stopSignal{0};
-
-extern "C" void onChangesStopSignal(int number)
-{
-    stopSignal = number;
-}
-
 struct Outcome
 {
     std::vector<std::string> changes;
     std::vector<std::string> errors;
 };
 
-// Threads take the scripts a slice at a time and write each slice as one batch, as the in-place
-// normalisation does: most of a thread's time goes to waiting for the disk. The scripts read stay
-// open until after their slice is written, and are closed on a thread of their own: closing the
-// last handle of a replaced file frees its storage, which can take longer than the write.
-constexpr int kThreads = 8;
-constexpr std::size_t kSlice = 128;
-
 } // namespace
 
 int writeChanges(const std::vector<std::string> &paths, const std::vector<Edit> &edits,
                  const NamedValues::Families &families, bool dryRun)
 {
-    struct sigaction action {};
-    action.sa_handler = onChangesStopSignal;
-    action.sa_flags = SA_RESTART;
-    sigemptyset(&action.sa_mask);
-    ::sigaction(SIGINT, &action, nullptr);
-    ::sigaction(SIGTERM, &action, nullptr);
-
-    // Room for three slices of open scripts for each thread under the limit of open files.
-    struct rlimit files {};
-    ::getrlimit(RLIMIT_NOFILE, &files);
-    if (files.rlim_cur < 4096 && files.rlim_max > files.rlim_cur) {
-        files.rlim_cur = std::min<rlim_t>(files.rlim_max, 4096);
-        ::setrlimit(RLIMIT_NOFILE, &files);
-        ::getrlimit(RLIMIT_NOFILE, &files);
-    }
-    const std::size_t slice = std::clamp<std::size_t>(
-        files.rlim_cur > 64 ? (files.rlim_cur - 32) / (3 * kThreads) : 1, 1, kSlice);
-
     std::vector<Outcome> outcomes(paths.size());
-    std::atomic<std::size_t> next{0}, done{0};
-    const auto work = [&] {
-        AtomicFile::Batch batch(AtomicFile::SyncMethod::Auto);
+    const auto prepare = [&](std::size_t i, AtomicFile::Seen &seen) -> std::optional<std::string> {
+        const std::string &path = paths[i];
+        Outcome &outcome = outcomes[i];
         std::string bytes;
-        std::vector<std::size_t> staged;
-        std::vector<int> handles;
-        std::thread closer;
-        for (std::size_t first; stopSignal == 0 && (first = next.fetch_add(slice)) < paths.size();) {
-            const std::size_t last = std::min(first + slice, paths.size());
-            staged.clear();
-            for (std::size_t i = first; i < last; ++i) {
-                const std::string &path = paths[i];
-                Outcome &outcome = outcomes[i];
-                AtomicFile::Seen seen;
-                ScriptValues::Opened opened;
-                const auto error = openScript(path, families, bytes, seen, opened, true);
-                if (seen.handle >= 0)
-                    handles.push_back(seen.handle);
-                if (error) {
-                    outcome.errors.push_back(*error);
-                    continue;
-                }
-                NamedValues::WeaponValues values = opened.values;
-                outcome.errors = edits[i](path, bytes, opened, values);
-                if (!outcome.errors.empty())
-                    continue;
-                const std::vector<NamedValues::Column> columns
-                    = NamedValues::columns(families, std::max(values.results.size(), opened.values.results.size()));
-                const auto changed = [&](const NamedValues::Column &column) {
-                    return !NamedValues::sameCell(opened.values, values, column);
-                };
-                if (std::none_of(columns.begin(), columns.end(), changed))
-                    continue;
-                ScriptValues::Saved saved = ScriptValues::save(opened, values, families);
-                for (const std::string &problem : saved.problems)
-                    outcome.errors.push_back(location(path, 0)
-                                             + "error: cannot write the changes into the script's own text: " + problem);
-                for (const NamedValues::Column &column : saved.problems.empty() ? columns : std::vector<NamedValues::Column>{}) {
-                    if (!changed(column))
-                        continue;
-                    const std::string now = NamedValues::cellText(values, column);
-                    // A value that is there after the change is shown where it stands then.
-                    const int line = now.empty() || !saved.reread ? ScriptValues::lineOf(opened, column)
-                                                                  : ScriptValues::lineOf(*saved.reread, column);
-                    outcome.changes.push_back(changeLine(path, line, NamedValues::columnName(column, families),
-                                                         NamedValues::cellText(opened.values, column), now));
-                }
-                if (!outcome.errors.empty() || dryRun || saved.bytes == bytes)
-                    continue;
-                // A rewrite gives the script a new file: its other hard links would keep the old one.
-                if (seen.links > 1)
-                    outcome.errors.push_back(location(path, 0) + "error: Cannot save " + AtomicFile::quoted(path)
-                                             + ": it has " + std::to_string(seen.links)
-                                             + " hard links, which a rewrite would split");
-                else if (const auto error = batch.stage(path, seen, saved.bytes))
-                    outcome.errors.push_back(location(path, 0) + "error: " + *error);
-                else
-                    staged.push_back(i);
-            }
-            const auto saveErrors = batch.commit();
-            for (std::size_t k = 0; k < staged.size(); ++k)
-                if (saveErrors[k])
-                    outcomes[staged[k]].errors.push_back(location(paths[staged[k]], 0) + "error: " + *saveErrors[k]);
-            done += last - first;
-            if (closer.joinable())
-                closer.join();
-            closer = std::thread([old = std::move(handles)] {
-                for (const int handle : old)
-                    ::close(handle);
-            });
-            handles.clear();
+        ScriptValues::Opened opened;
+        if (const auto error = openScript(path, families, bytes, seen, opened, true)) {
+            outcome.errors.push_back(*error);
+            return std::nullopt;
         }
-        if (closer.joinable())
-            closer.join();
+        NamedValues::WeaponValues values = opened.values;
+        outcome.errors = edits[i](path, bytes, opened, values);
+        if (!outcome.errors.empty())
+            return std::nullopt;
+        const std::vector<NamedValues::Column> columns
+            = NamedValues::columns(families, std::max(values.results.size(), opened.values.results.size()));
+        const auto changed = [&](const NamedValues::Column &column) {
+            return !NamedValues::sameCell(opened.values, values, column);
+        };
+        if (std::none_of(columns.begin(), columns.end(), changed))
+            return std::nullopt;
+        ScriptValues::Saved saved = ScriptValues::save(opened, values, families);
+        for (const std::string &problem : saved.problems)
+            outcome.errors.push_back(location(path, 0) + "error: cannot write the changes into the script's own text: "
+                                     + problem);
+        for (const NamedValues::Column &column : saved.problems.empty() ? columns : std::vector<NamedValues::Column>{}) {
+            if (!changed(column))
+                continue;
+            const std::string now = NamedValues::cellText(values, column);
+            // A value that is there after the change is shown where it stands then.
+            const int line = now.empty() || !saved.reread ? ScriptValues::lineOf(opened, column)
+                                                          : ScriptValues::lineOf(*saved.reread, column);
+            outcome.changes.push_back(changeLine(path, line, NamedValues::columnName(column, families),
+                                                 NamedValues::cellText(opened.values, column), now));
+        }
+        if (!outcome.errors.empty() || dryRun || saved.bytes == bytes)
+            return std::nullopt;
+        // A rewrite gives the script a new file: its other hard links would keep the old one.
+        if (seen.links > 1) {
+            outcome.errors.push_back(location(path, 0) + "error: Cannot save " + AtomicFile::quoted(path) + ": it has "
+                                     + std::to_string(seen.links) + " hard links, which a rewrite would split");
+            return std::nullopt;
+        }
+        return std::move(saved.bytes);
     };
-    std::vector<std::thread> helpers;
-    for (int k = 1; k < kThreads && static_cast<std::size_t>(k) * slice < paths.size(); ++k)
-        helpers.emplace_back(work);
-    work();
-    for (std::thread &helper : helpers)
-        helper.join();
+    const std::size_t done = InPlace::run(paths, AtomicFile::SyncMethod::Auto, false, prepare,
+                                          [&](std::size_t i, std::string error) {
+                                              outcomes[i].errors.push_back(std::move(error));
+                                          });
 
     int status = 0;
     std::string out;
@@ -239,13 +169,7 @@ int writeChanges(const std::vector<std::string> &paths, const std::vector<Edit> 
         failure("vantorel-cli: cannot write the standard output");
         status = Output::kExitFailure;
     }
-    if (const int number = stopSignal) {
-        failure(std::string("vantorel-cli: stopped by ") + (number == SIGINT ? "SIGINT" : "SIGTERM") + " after "
-                + std::to_string(done) + " of " + std::to_string(paths.size())
-                + " scripts; the others were not looked at");
-        ::signal(number, SIG_DFL);
-        ::raise(number);
-    }
+    InPlace::endIfStopped(done, paths.size());
     return status;
 }
 
