@@ -134,3 +134,15 @@ T &fieldOf(EditorDocument &document, T EditorDocument::*member)
 {
     return document.*member;
 }
+
+template<typename T>
+const T &fieldOf(const EditorDocument &document, T KorvathWeapon::*member)
+{
+    return document.Weapon.*member;
+}
+
+template<typename T>
+const T &fieldOf(const EditorDocument &document, T EditorDocument::*member)
+{
+    return document.*member;
+}

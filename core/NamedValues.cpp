@@ -69,30 +69,6 @@ std::optional<std::size_t> familyIndex(std::string_view name, const std::vector<
 }
 
 template<typename T>
-T &memberOf(EditorDocument &document, T KorvathWeapon::*member)
-{
-    return document.Weapon.*member;
-}
-
-template<typename T>
-T &memberOf(EditorDocument &document, T EditorDocument::*member)
-{
-    return document.*member;
-}
-
-template<typename T>
-const T &memberOf(const EditorDocument &document, T KorvathWeapon::*member)
-{
-    return document.Weapon.*member;
-}
-
-template<typename T>
-const T &memberOf(const EditorDocument &document, T EditorDocument::*member)
-{
-    return document.*member;
-}
-
-template<typename T>
 std::string textOf(const T &value)
 {
     if constexpr (std::is_same_v<T, std::string>)
@@ -311,7 +287,7 @@ std::string cellText(const WeaponValues &values, const Column &column)
         if (field.turret && !values.document.bHasMiscValues)
             return {};
         std::string text;
-        std::visit([&](auto member) { text = textOf(memberOf(values.document, member)); }, field.member);
+        std::visit([&](auto member) { text = textOf(fieldOf(values.document, member)); }, field.member);
         return text;
     }
     case Column::Kind::Penetration:
@@ -345,7 +321,7 @@ bool sameCell(const WeaponValues &a, const WeaponValues &b, const Column &column
     switch (column.kind) {
     case Column::Kind::Field:
         if (a.document.bHasMiscValues == b.document.bHasMiscValues)
-            std::visit([&](auto member) { equal = memberOf(a.document, member) == memberOf(b.document, member); },
+            std::visit([&](auto member) { equal = fieldOf(a.document, member) == fieldOf(b.document, member); },
                        fields()[column.index].member);
         break;
     case Column::Kind::Penetration:
@@ -380,7 +356,7 @@ std::optional<std::string> setCell(WeaponValues &values, const Column &column, s
         if (text.empty() && !std::holds_alternative<std::string KorvathWeapon::*>(field.member))
             return std::string("a number is needed here");
         std::optional<std::string> error;
-        std::visit([&](auto member) { error = setValue(memberOf(values.document, member), text); }, field.member);
+        std::visit([&](auto member) { error = setValue(fieldOf(values.document, member), text); }, field.member);
         if (!error && field.turret && !values.document.bHasMiscValues)
             values.document.bHasMiscValues = values.turretAdded = true;
         return error;
@@ -475,7 +451,7 @@ std::vector<Problem> finish(WeaponValues &values)
 void writeTo(const WeaponValues &values, EditorDocument &document)
 {
     for (const Field &field : fields())
-        std::visit([&](auto member) { memberOf(document, member) = memberOf(values.document, member); }, field.member);
+        std::visit([&](auto member) { fieldOf(document, member) = fieldOf(values.document, member); }, field.member);
     document.bHasMiscValues = values.document.bHasMiscValues;
     for (std::size_t i = 0; i < values.penetrations.size() && i < document.FamilyPenetrations.size(); ++i)
         if (values.penetrations[i])

@@ -44,18 +44,6 @@ bool same(const T &a, const T &b)
         return a == b;
 }
 
-template<typename T>
-const T &get(const EditorDocument &document, T KorvathWeapon::*member)
-{
-    return document.Weapon.*member;
-}
-
-template<typename T>
-const T &get(const EditorDocument &document, T EditorDocument::*member)
-{
-    return document.*member;
-}
-
 bool slotApplies(const Slot &slot, const EditorDocument &document)
 {
     // Without a setMiscValues statement the window keeps its turret values out of reach.
@@ -65,7 +53,7 @@ bool slotApplies(const Slot &slot, const EditorDocument &document)
 bool slotChanged(const Slot &slot, const EditorDocument &opened, const EditorDocument &document)
 {
     bool changed = false;
-    std::visit([&](auto member) { changed = !same(get(opened, member), get(document, member)); }, slot.member);
+    std::visit([&](auto member) { changed = !same(fieldOf(opened, member), fieldOf(document, member)); }, slot.member);
     return changed;
 }
 
@@ -311,7 +299,7 @@ private:
                                + NumberText::intText(static_cast<long long>(slot.argument)) + " to hold the change");
             return;
         }
-        std::visit([&](auto member) { replaceValue(statement.arguments[slot.argument].value, get(m_document, member)); },
+        std::visit([&](auto member) { replaceValue(statement.arguments[slot.argument].value, fieldOf(m_document, member)); },
                    slot.member);
     }
 
@@ -644,7 +632,7 @@ private:
         std::string text = std::string(name) + "(" + weaponName();
         for (const Slot &slot : slotTable())
             if (slot.statement == name)
-                std::visit([&](auto member) { text += "," + literal(get(m_document, member)); }, slot.member);
+                std::visit([&](auto member) { text += "," + literal(fieldOf(m_document, member)); }, slot.member);
         const auto addFamily = [&](const std::string &family, const std::string &entry) {
             if (!isLuaName(family))
                 problems.push_back("family " + family + " of " + std::string(name) + " cannot be written as a table key");
