@@ -29,29 +29,7 @@ struct Outcome
     std::string err;
 };
 
-const char *const kFamilyList = "attackfamily = {\n{ name = \"Fighter\", },\n{ name = \"Corvette\", },\n"
-                                "{ name = \"Alpha\", },\n{ name = \"Beta\", },\n}\ndockfamily = {}\n"
-                                "armourfamily = {\n{ name = \"PlanetKillerArmour\", },\n{ name = \"ResArmour\", },\n"
-                                "{ name = \"Alpha\", },\n{ name = \"Beta\", },\n}\nunitcapsfamily = {}\n";
-
-const std::string kHeader
-    = "Path,Weapon Type,Weapon Fire Type,Weapon Effects File,Activation,Projectile Velocity,Firing Range,Blast Radius,"
-      "Fire Duration,Anticipation Time,Fire Axis,Max Effects Spawned,Use Velocity Prediction,Check Line of Fire,"
-      "Fire Delay,Burst Length,Burst Delay,Shoot at Secondaries,Shoot at Surroundings,Horizontal Tracking Speed,"
-      "Vertical Tracking Speed,Speed Multiplier,Track Distant Targets,Beam Pass-Thru Health,Firing Arc,Left Rotation,"
-      "Right Rotation,Down Rotation,Up Rotation,Barrel Recoil Distance,Slave Fire Delay,Shield Penetration,"
-      "Default Penetration,Default Accuracy,Penetration: PlanetKillerArmour,Penetration: ResArmour,Penetration: Alpha,"
-      "Penetration: Beta,Accuracy: Fighter,Accuracy: Corvette,Accuracy: Alpha,Accuracy: Beta,"
-      "Always Causes Damage: Fighter,Always Causes Damage: Corvette,Always Causes Damage: Alpha,"
-      "Always Causes Damage: Beta,Result 1 Condition,Result 1 Effect,Result 1 Target,Result 1 Minimum Effect,"
-      "Result 1 Maximum Effect,Result 1 Spawned FX,Result 2 Condition,Result 2 Effect,Result 2 Target,"
-      "Result 2 Minimum Effect,Result 2 Maximum Effect,Result 2 Spawned FX,Script Fingerprint";
-const std::string kFlak = "Mod/flak.wepn,AnimatedTurret,Bullet,Flak_Burst,Normal,2000,4500,0,0,0,0,1,1,1,"
-                          "7.89473684210526E-05,0,0,0,0,80,80,1,0,0,0,0,0,0,0,,,5,1,1,,,1.5,0.5,,,0.5,0.5,,,0,0,"
-                          ",,,,,,,,,,,,";
-const std::string kStock = "Mod/stock.wepn,Gimble,InstantHit,Beam_Ion,Normal,0,4410,0,1.5,0,0,0,1,1,2.5,0,0,0,0,60,60,"
-                           "0.1,0,2200,25,-180,180,-5,60,,,50,1,0,0,0.6,,,0.7,0.2,,,0,0,,,Hit,DamageHealth,Target,35,"
-                           "40,,Miss,SpawnWeaponFire,Target,0,0,Sparks,";
+const std::string kData = VANTOREL_SOURCE_DIR "/tests/data/";
 
 // A data folder with the family list, and a mod folder with copies of two test scripts, as
 // relative paths from the folder the program runs in.
@@ -60,10 +38,10 @@ class ValuesCliTest : public testing::Test
 protected:
     ValuesCliTest()
     {
-        dir.write("Data/Scripts/familylist.lua", kFamilyList);
+        dir.write("Data/Scripts/familylist.lua", readFile(kData + "values/familylist.lua"));
         std::filesystem::create_directories(dir.path() + "/Data/Scripts/Weaponfire");
         for (const char *name : {"stock.wepn", "flak.wepn"})
-            dir.write(std::string("Mod/") + name, readFile(std::string(VANTOREL_SOURCE_DIR "/tests/data/game/") + name));
+            dir.write(std::string("Mod/") + name, readFile(kData + "game/" + name));
     }
 
     Outcome run(std::vector<std::string> arguments) const
@@ -105,7 +83,7 @@ TEST_F(ValuesCliTest, TableThenApplyWritesOnlyTheChangedCells)
     ASSERT_EQ(table.status, 0) << table.err;
     EXPECT_EQ(table.out + table.err, "");
     const std::string csv = file("t.csv");
-    EXPECT_EQ(withoutFingerprints(csv), kHeader.substr(0, kHeader.rfind(',') + 1) + "\n" + kFlak + "\n" + kStock + "\n");
+    EXPECT_EQ(withoutFingerprints(csv), readFile(kData + "values/table.csv"));
     EXPECT_NE(csv.find(",fnv1a64:"), std::string::npos);
     EXPECT_EQ(run({"table", "Mod/stock.wepn", "Mod/flak.wepn"}).out, csv);
 
@@ -143,17 +121,7 @@ TEST_F(ValuesCliTest, TableThenApplyWritesOnlyTheChangedCells)
     EXPECT_EQ(run({"apply", "edit.csv"}).out, "");
 
     // Exactly those cells changed in the table, and diff lists exactly those changes.
-    std::string expected = withoutFingerprints(csv);
-    const auto replaceRow = [&](const std::string &row, const std::string &now) {
-        expected.replace(expected.find(row), row.size(), now);
-    };
-    replaceRow(kFlak, "Mod/flak.wepn,AnimatedTurret,Bullet,Flak_Burst,Normal,2000,4500,0,0,0,0,1,1,1,7.89473684210526E-05,"
-                      "0,0,0,0,80,80,1,0,2,0,0,0,0,0,,,5,1,1,,,,0.5,,0.25,0.5,0.5,,0,0,0,"
-                      ",,,,,,,,,,,,");
-    replaceRow(kStock, "Mod/stock.wepn,Gimble,InstantHit,Beam_Ion,Normal,0,4410,0,1.5,0,0,0,1,1,2.5,0,0,0,0,60,60,0.1,0,"
-                       "2200,25,-180,180,-5,60,,,50,1,0,0,0.6,0.5,,0.7,,,,0,,,,Hit,DamageHealth,Self,35,40,,Miss,"
-                       "SpawnWeaponFire,Target,0,0,Sparks,");
-    EXPECT_EQ(withoutFingerprints(run({"table", "Mod"}).out), expected);
+    EXPECT_EQ(withoutFingerprints(run({"table", "Mod"}).out), readFile(kData + "values/table.edited.csv"));
     const Outcome diff = run({"diff", "Before", "Mod"});
     EXPECT_EQ(diff.status, 1);
     EXPECT_EQ(diff.out, "Mod/flak.wepn:14: Beam Pass-Thru Health 0 -> 2\nMod/flak.wepn:16: Penetration: Alpha 1.5 -> (none)\n"
