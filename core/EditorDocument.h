@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 // One impact result: the arguments of an AddWeaponResult statement after the weapon's name.
@@ -120,6 +121,11 @@ public:
     // The same with the damage flag; values outside 0 to 1 are refused.
     ApplyOutcome applyAccuracy(std::size_t i, std::string_view valueText, bool alwaysDamage);
 };
+
+// A single value of the record or of the document, for tables of fields that hold both kinds.
+using DocumentMember = std::variant<std::string KorvathWeapon::*, double KorvathWeapon::*, std::int16_t KorvathWeapon::*,
+                                    std::int32_t KorvathWeapon::*, double EditorDocument::*,
+                                    std::int32_t EditorDocument::*, std::int16_t EditorDocument::*>;
 
 // The value a member pointer names, in the record or in the document itself, so that one table of
 // fields can hold both kinds.

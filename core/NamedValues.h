@@ -8,7 +8,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
 
 // The values of a weapon under the names a mod author knows from the window (its labels without
@@ -16,9 +15,7 @@
 // speak of "Firing Range" and mean the same member of the document.
 namespace NamedValues {
 
-using Member = std::variant<std::string KorvathWeapon::*, double KorvathWeapon::*, std::int16_t KorvathWeapon::*,
-                            std::int32_t KorvathWeapon::*, double EditorDocument::*, std::int32_t EditorDocument::*,
-                            std::int16_t EditorDocument::*>;
+using Member = DocumentMember;
 
 struct Field
 {

@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
 
 // Scripts read as the game reads them and saved as their own text: the document is filled from the
@@ -18,9 +17,7 @@
 namespace GameReading {
 
 // A member of the record or the document that one argument of one statement sets.
-using Member = std::variant<std::string KorvathWeapon::*, double KorvathWeapon::*, std::int16_t KorvathWeapon::*,
-                            std::int32_t KorvathWeapon::*, double EditorDocument::*, std::int32_t EditorDocument::*,
-                            std::int16_t EditorDocument::*>;
+using Member = DocumentMember;
 
 struct Slot
 {
