@@ -5,9 +5,11 @@
 # of CI: a mutant is a fault the tests should catch, and a survivor names a test to write (or a
 # fault that cannot be seen, to say why).
 #
-#   tools/mutate.sh [-b BUILD_DIR] [-j JOBS] [-t SECONDS] [NUMBER...]
+#   tools/mutate.sh [-b BUILD_DIR] [-j JOBS] [-t SECONDS] [-l LIST] [NUMBER...]
 #
-# BUILD_DIR (default build) must hold a configured build of this tree. NUMBERs pick mutants by
+# BUILD_DIR (default build) must hold a configured build of this tree. LIST (default
+# tools/mutants.txt) may lie outside the tree: faults kept out of the project measure the suite
+# with faults it has never seen. NUMBERs pick mutants by
 # their place in the list (1-based); without them every mutant runs. Each test run is limited to
 # SECONDS (default 180). The mutated file is always put back, also on Ctrl+C, and the tree is
 # rebuilt unmutated at the end.
@@ -18,12 +20,14 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 build=$root/build
 jobs=2
 limit=180
-while getopts "b:j:t:" option; do
+list=$root/tools/mutants.txt
+while getopts "b:j:t:l:" option; do
     case $option in
     b) build=$(cd "$OPTARG" && pwd) || exit 2 ;;
     j) jobs=$OPTARG ;;
     t) limit=$OPTARG ;;
-    *) sed -n '8,14p' "$0" >&2; exit 2 ;;
+    l) list=$(realpath "$OPTARG") || exit 2 ;;
+    *) sed -n '8,16p' "$0" >&2; exit 2 ;;
     esac
 done
 shift $((OPTIND - 1))
@@ -52,7 +56,7 @@ while IFS= read -r line || [[ -n $line ]]; do
         last=+
         ;;
     esac
-done <"$root/tools/mutants.txt"
+done <"$list"
 count=${#files[@]}
 if (($# > 0)); then picked=("$@"); else picked=($(seq 1 "$count")); fi
 
