@@ -75,16 +75,20 @@ int runDiff(const CommandLine &commandLine, const FamilyList &familyList)
         bool listed = true;
         const auto olds = scriptsBelow(oldPath, listed), news = scriptsBelow(newPath, listed);
         readable = listed;
+        // In the order of the path below the folders, as diff -r lists them, whichever side has it.
+        std::map<std::string, std::string> linesOf;
         for (const auto &[relative, path] : olds) {
             const auto match = news.find(relative);
             if (match == news.end())
-                out += location(path, 0) + "only in " + Output::shownName(oldPath) + '\n';
+                linesOf[relative] = location(path, 0) + "only in " + Output::shownName(oldPath) + '\n';
             else
-                readable = compare(path, match->second, families, out) && readable;
+                readable = compare(path, match->second, families, linesOf[relative]) && readable;
         }
         for (const auto &[relative, path] : news)
             if (!olds.count(relative))
-                out += location(path, 0) + "only in " + Output::shownName(newPath) + '\n';
+                linesOf[relative] = location(path, 0) + "only in " + Output::shownName(newPath) + '\n';
+        for (const auto &[relative, lines] : linesOf)
+            out += lines;
     }
     std::fwrite(out.data(), 1, out.size(), stdout);
     if (std::fflush(stdout) != 0) {
