@@ -140,7 +140,13 @@ cp mixed.wepn Refused.wepn && cp comments.wepn Comments.wepn
 row 1 "Refused.wepn:12: error: left as it is: the game cannot run this script (unexpected symbol near '}'), so what a save changes is not known (--allow-changes rewrites it all the same)" '' normalize --in-place "${data[@]}" Refused.wepn Comments.wepn
 cmp -s Refused.wepn mixed.wepn && cmp -s Comments.wepn clean.wepn || fail "--in-place without --allow-changes"
 printf 'setAngles(NewWeaponType,1,2,3,4,5)\n' >Angles.wepn
-row 1 "Angles.wepn:0: error: left as it is: a save adds StartWeaponConfig(NewWeaponType, \"\", \"\", \"\", \"\", 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, ...), which the script does not call (--allow-changes rewrites it all the same)" '' normalize --in-place "${data[@]}" Angles.wepn
+# Each script in a fresh document: the one before it lends it no values.
+row 1 "Angles.wepn:0: error: left as it is: a save adds StartWeaponConfig(NewWeaponType, \"\", \"\", \"\", \"\", 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, ...), which the script does not call (--allow-changes rewrites it all the same)" '' normalize --in-place "${data[@]}" clean.wepn Angles.wepn
+# A UTF-16 or binary file is no script the game can run: both stay exactly as they are.
+iconv -f latin1 -t UTF-16 clean.wepn >u16.wepn && head -c 300 "$cli" >bin.wepn && cp u16.wepn u16.keep && cp bin.wepn bin.keep
+row 1 "u16.wepn:1: error: left as it is: the game cannot run this script (unexpected symbol near '<\255>'), so what a save changes is not known (--allow-changes rewrites it all the same)
+bin.wepn:1: error: left as it is: the game cannot run this script (unexpected symbol near '<\127>'), so what a save changes is not known (--allow-changes rewrites it all the same)" '' normalize --in-place "${data[@]}" u16.wepn bin.wepn
+cmp -s u16.wepn u16.keep && cmp -s bin.wepn bin.keep || fail "a UTF-16 or binary file was rewritten"
 row 0 '' '' normalize --in-place --allow-changes "${data[@]}" Refused.wepn
 cmp -s Refused.wepn "$fixtures/Mixed.normalized.wepn" || fail "--allow-changes did not rewrite"
 
@@ -173,6 +179,8 @@ inplace() {
 long=$(printf 'w%.0s' {1..250}).wepn
 inplace FifoWithNewlineInName "mkfifo \"\$(printf 'n\\nl.wepn')\"" 1 "'n\\nl.wepn':0: error: Cannot read 'n\\nl.wepn': not a regular file" \
   "test -p \"\$(printf 'n\\nl.wepn')\"" -- "$(printf 'n\nl.wepn')"
+inplace FifoInFolder 'mkdir F && cp in F/a.wepn && mkfifo F/p.wepn' 1 "F/p.wepn:0: error: Cannot read 'F/p.wepn': not a regular file" \
+  'test -p F/p.wepn && cmp F/a.wepn out' -- F
 inplace Symlink 'cp in a.wepn && ln -s ../Symlink/a.wepn l.wepn' 0 '' 'test -L l.wepn && cmp a.wepn out' -- l.wepn
 inplace HardLink 'cp in a.wepn && ln a.wepn h.wepn' 1 \
   "a.wepn:0: error: Cannot save 'a.wepn': it has 2 hard links, which a rewrite would split (--split-hard-links allows it)" \
