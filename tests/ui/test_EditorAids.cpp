@@ -117,8 +117,15 @@ private slots:
                  game ? QStringLiteral("Hit - DamageHealth - -7.5 - -7.5 - ") : QStringLiteral("Hit - DamageHealth - 751 - 751 - "));
         window->txtMinEffect->setText(QStringLiteral("1e"));
         window->cmdAdd->click();
-        QCOMPARE(dialogs->messages, QStringList{QStringLiteral("\"Minimum Effect\" must hold a number, not \"1e\". Nothing was changed.")});
+        window->lstArmorFamilies->setCurrentRow(0);
+        window->txtPenetration->setText(QStringLiteral("3"));
+        window->cmdPenApply->click();
+        window->txtPenetration->setText(QStringLiteral("-"));
+        window->cmdPenApply->click();
+        QCOMPARE(dialogs->messages, (QStringList{QStringLiteral("\"Minimum Effect\" must hold a number, not \"1e\". Nothing was changed."),
+                                                 QStringLiteral("\"Penetration Value\" must hold a number, not \"-\". Nothing was changed.")}));
         QCOMPARE(window->lstWeaponResults->count(), 2);
+        QCOMPARE(window->lstArmorFamilies->item(0)->text(), QStringLiteral("Unarmoured - 3"));
     }
 
     // In both modes, saving over the opened script asks when another program changed it.
@@ -139,8 +146,11 @@ private slots:
             save(script);
             QCOMPARE(dialogs->messages, QStringList{question(script)});
             QCOMPARE(fileBytes(script), edited);
+            QCOMPARE(window->txtFiringArc->text(), QStringLiteral("30"));
             const QString other = dir.filePath(QStringLiteral("Other.wepn"));
+            writeFile(other, "-- another program's file\r\n");
             save(other);
+            QCOMPARE(dialogs->messages, (QStringList{question(script), QStringLiteral("Successfully saved to '%1'").arg(other)}));
             writeFile(other, "-- changed\r\n");
             dialogs->messages.clear();
             answering->replace.enqueue(true);
@@ -244,6 +254,9 @@ private slots:
             expected << dir.filePath(QStringLiteral("Gun%1.wepn").arg(i));
         QCOMPARE(settings->value(QStringLiteral("Recent/Scripts")).toStringList(), expected);
         QCOMPARE(window->OpenRecent->actions().first()->text(), QStringLiteral("&1 ") + QDir::toNativeSeparators(expected.first()));
+        open(expected.last()); // an Open puts its script first
+        expected.move(expected.size() - 1, 0);
+        QCOMPARE(settings->value(QStringLiteral("Recent/Scripts")).toStringList(), expected);
 
         QVERIFY(QFile::remove(expected[1]));
         dialogs->messages.clear();
@@ -257,7 +270,7 @@ private slots:
         retype(window->txtFiringArc, QStringLiteral("5"));
         dialogs->messages.clear();
         window->OpenRecent->actions()[2]->trigger();
-        QCOMPARE(dialogs->messages, QStringList{QStringLiteral("ask: Save changes to Gun8.wepn?")});
+        QCOMPARE(dialogs->messages, QStringList{QStringLiteral("ask: Save changes to Gun1.wepn?")});
         answering->choices.enqueue(Dialogs::SaveChoice::Discard);
         window->OpenRecent->actions()[2]->trigger();
         QVERIFY(window->windowTitle().endsWith(QFileInfo(expected[2]).fileName()));
