@@ -277,6 +277,7 @@ private slots:
             QCOMPARE(window->cmdAdd->palette().color(QPalette::Button), QColor(0xC0, 0xC0, 0xC0));
             QCOMPARE(window->cmdAdd->palette().color(QPalette::ButtonText), dark ? QColor(Qt::black) : platform.color(QPalette::ButtonText));
             QCOMPARE(window->chkAlwaysDMG->palette().color(QPalette::WindowText), dark ? QColor(Qt::black) : platform.color(QPalette::WindowText));
+            QCOMPARE(window->chkAlwaysDMG->palette().color(window->chkAlwaysDMG->backgroundRole()), QColor(0xC0, 0xC0, 0xC0));
         }
         QVERIFY(!window->windowIcon().availableSizes().isEmpty());
         QFileDialog dialog;

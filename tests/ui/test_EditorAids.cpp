@@ -311,9 +311,9 @@ private slots:
         QCOMPARE(window->cboActivation->currentText(), QStringLiteral("Normal"));
     }
 
-    // A first start says what to do first and does it; the dark palette keeps the check box's
-    // label readable; the unsaved-changes question's Discard has its access key.
-    void firstStartDarkPaletteAndDiscard()
+    // A first start says what to do first and does it; the unsaved-changes question's buttons have
+    // their access keys.
+    void firstStartAndAccessKeys()
     {
         startWindow(false, true);
         QVERIFY(window->fraFirstStart->isVisible());
@@ -326,20 +326,6 @@ private slots:
         folder->txtDataDir->setText(data);
         folder->cmdOK->click();
         QVERIFY(!window->fraFirstStart->isVisible());
-
-        const QPalette platform = QApplication::palette();
-        QPalette dark = platform;
-        for (const auto role : {QPalette::Window, QPalette::Button, QPalette::Base})
-            dark.setColor(role, QColor(0x30, 0x30, 0x30));
-        for (const auto role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Text})
-            dark.setColor(role, Qt::white);
-        QApplication::setPalette(dark);
-        startWindow();
-        QApplication::setPalette(platform);
-        QVERIFY(window->fraFirstStart->isHidden());
-        const QPalette check = window->chkAlwaysDMG->palette();
-        QCOMPARE(check.color(window->chkAlwaysDMG->backgroundRole()), QColor(0xC0, 0xC0, 0xC0));
-        QCOMPARE(check.color(window->chkAlwaysDMG->foregroundRole()), QColor(Qt::black));
 
         QMessageBox box;
         prepareSaveChangesBox(box, QStringLiteral("Save changes to Gun.wepn?"));
