@@ -134,6 +134,34 @@ row 1 '' "broken.wepn:2: error: unexpected symbol near <eof> (read as the game d
 row 0 '' 'comments.wepn:1: warning: comment: a save drops it and the 2 other comments' check --read=editor comments.wepn
 printf '[Directories]\nDecompiled_Data=%s/Data\n' "$tmp" >config/Tarnwick/Tarnwick.conf
 
+# The value commands: every value in the table's order, the table's last column, diff's scripts in
+# the order of their path below the folders, what set takes for a file, a match or a skipped value,
+# and a script whose text cannot be changed in place, which still gets its row.
+values=$fixtures/../../data/values vdata=(--data-dir VData)
+mkdir -p VData/Scripts/Weaponfire Old New && cp "$values/familylist.lua" VData/Scripts/
+cp stock.wepn "$fixtures/../../data/game/flak.wepn" Old/ && sed 's/3150 \* 1.4/5000/' stock.wepn >New/stock.wepn
+{ echo 'local r = 4000'; sed 's/3150 \* 1.4/r/' stock.wepn; } >New/var.wepn && cp New/var.wepn var.wepn
+row 0 '' "@$values/stock.show.txt" show "${vdata[@]}" stock.wepn
+# Whole-number values given as halves are rounded to the even neighbour, as the window rounds.
+sed 's/damage=0.25/damage=0.5/; s/NewWeaponType,0.3,/NewWeaponType,2.5,/' stock.wepn >halves.wepn
+sed 's/^Default Accuracy = 0$/Default Accuracy = 2/' "$values/stock.show.txt" >halves.show
+row 0 '' @halves.show show "${vdata[@]}" halves.wepn
+row 0 '' "~^Path,Weapon Type,.*,Result 2 Spawned FX,Script Fingerprint"$'\r$' table "${vdata[@]}" stock.wepn
+row 0 '' "~^stock.wepn,Gimble,InstantHit,.*,Sparks,fnv1a64:d3021faac9172a2f"$'\r$' table "${vdata[@]}" stock.wepn
+row 0 '' '~^New/var.wepn,Gimble,InstantHit,Beam_Ion,Normal,0,4000,' table "${vdata[@]}" New/var.wepn
+row 1 '' $'Old/flak.wepn:0: only in Old\nOld/stock.wepn:2: Firing Range 5000 -> 4410\nNew/var.wepn:0: only in New' diff "${vdata[@]}" New Old
+row 1 '' 'New/stock.wepn:2: Firing Range 4410 -> 5000' diff "${vdata[@]}" Old/stock.wepn New/stock.wepn
+row 0 '' '' diff "${vdata[@]}" stock.wepn Old/stock.wepn
+row 2 'broken.wepn:2: error: unexpected symbol near <eof>' '' diff "${vdata[@]}" stock.wepn broken.wepn
+row 1 "New/var.wepn:0: error: cannot write the changes into the script's own text: Line 1: local variables are not modelled" '' \
+  set "${vdata[@]}" New 'Blast Radius=1' --where 'Weapon Type=Gimble' --where 'Firing Range=4000'
+row 0 '' 'New/stock.wepn:2: Firing Range 5000 -> 1' set --dry-run "${vdata[@]}" New/stock.wepn 'Firing Range=1'
+cmp -s New/var.wepn var.wepn && cmp -s New/stock.wepn <(sed 's/3150 \* 1.4/5000/' stock.wepn) || fail "set wrote a script it refused, did not match, or only showed"
+mkdir Set && cp Old/* Set/ && mv Set/stock.wepn 'Set/a=b.wepn'
+row 0 '' 'Set/a=b.wepn:2: Blast Radius 0 -> 7' set "${vdata[@]}" 'Set/a=b.wepn' Set/flak.wepn 'Blast Radius=7' --where 'Firing Range=4410.000000000001'
+row 0 '' 'Set/flak.wepn:18: Penetration: Alpha 1.5 -> 3' set "${vdata[@]}" Set 'Penetration: Alpha*=2'
+row 0 '' 'Set/flak.wepn:18: Penetration: Alpha 3 -> 3.5' set "${vdata[@]}" Set 'Penetration: Alpha+=0.5'
+
 # In place, a script whose save changes what the game reads, or that the game cannot run, is left
 # as it is unless --allow-changes; one that only loses comments is rewritten.
 cp mixed.wepn Refused.wepn && cp comments.wepn Comments.wepn
