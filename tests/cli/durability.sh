@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 # A rewritten script's new content reaches the disk before it replaces the script: in the traced
 # system calls of an in-place run, the new file's sync (its own, or the whole file system's) comes
-# before the rename. A failed sync or replacement is reported against its own script, beside the
+# before the rename, and the folder's sync after it. A failed sync or replacement is reported against its own script, beside the
 # other scripts' errors.
 # Usage: durability.sh VANTOREL_CLI DATA_DIR
 set -eu
@@ -22,11 +22,13 @@ case $(stat -f -c %T "$dir") in
 esac
 for how in $ways; do
     cp "$data/Mixed.wepn" "$dir/Gun.wepn"
-    strace -f -qq -e trace=fdatasync,fsync,syncfs,rename,renameat,renameat2 -o "$dir/trace" \
+    strace -f -qq -y -e trace=fdatasync,fsync,syncfs,rename,renameat,renameat2 -o "$dir/trace" \
         "$cli" normalize --in-place --allow-changes --sync=$how --data-dir "$dir/Data" "$dir/Gun.wepn"
-    if ! awk '/sync(fs)?\(/ && !s { s = NR } /rename/ && !r { r = NR } END { exit !(s && r && s < r) }' "$dir/trace"; then
+    # The new file's sync, the rename, then the folder's own sync.
+    if ! awk -v folder="fsync[(][0-9]+<$dir>[)]" '/sync(fs)?\(/ && !s { s = NR } /rename/ && !r { r = NR } $0 ~ folder { f = NR }
+            END { exit !(s && r && s < r && f > r) }' "$dir/trace"; then
         cat "$dir/trace"
-        echo "0 passed, 1 failed: no sync before the rename (--sync=$how)"
+        echo "0 passed, 1 failed: no sync before the rename, or none of the folder after it (--sync=$how)"
         exit 1
     fi
 done
