@@ -218,6 +218,9 @@ for mode in 666 6755; do # bits the umask masks; the set-user-ID and set-group-I
   inplace "OwnerAndMode$mode" "cp in a.wepn && { chown 65534:65534 a.wepn 2>/dev/null; chmod $mode a.wepn && stat -c %u%g%a a.wepn >s; }" 0 '' \
     'cmp a.wepn out && test "$(stat -c %u%g%a a.wepn)" = "$(cat s)"' -- a.wepn
 done
+# A user who cannot give the new file the script's owner leaves the script as it was.
+[ "$(id -u)" -eq 0 ] && inplace OwnerNotKept 'cp in a.wepn && chmod 777 .' 1 \
+  "a.wepn:0: error: Cannot save 'a.wepn' (keeping the owner and group): Operation not permitted" 'cmp a.wepn in && test "$(ls -A | wc -l)" -eq 3' nobody -- a.wepn
 inplace LongName "cp in $long" 0 '' "cmp out $long" -- "$long"
 # Folders before and after the one that cannot be listed are still rewritten.
 inplace UnlistableFolder 'mkdir -p F/ok F/shut F/zz && cp in F/ok/a.wepn && cp in F/shut/b.wepn && cp in F/zz/c.wepn && chmod 000 F/shut && { chown -R 65534:65534 F/ok F/zz 2>/dev/null; true; }' \
@@ -276,6 +279,6 @@ terminal "'$cli' check --data-dir Data mixed clean.wepn" \
   | grep -Eq '^checked 2 files: 0 errors, [1-9][0-9]* warnings$' || fail "no summary on a terminal"
 terminal "sh -c \"(sleep 1.2; cat clean.wepn) | '$cli' check --data-dir Data - clean.wepn\"" \
   | grep -Fq "[2/2] clean.wepn" || fail "no progress line on a terminal"
-"$cli" check "${data[@]}" clean.wepn 2>&1 | grep -q checked && fail "summary without a terminal"
+(sleep 1.2; cat clean.wepn) | "$cli" check "${data[@]}" - clean.wepn 2>&1 | grep -q . && fail "a progress line or summary without a terminal"
 
 exit $failed
