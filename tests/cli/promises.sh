@@ -86,6 +86,9 @@ row 2 "vantorel-cli: unknown option '-dash.wepn' for check $u" '' check "${data[
 row 0 '' '' check "${data[@]}" -- -dash.wepn
 row 0 '' @clean.wepn normalize "${data[@]}" -- -dash.wepn
 row 0 '' "@$fixtures/Mixed.normalized.wepn" normalize "${data[@]}" mixed.wepn
+# What the window's Save As writes for the same script (its window test expects the same file).
+row 0 '' "@$fixtures/../../data/script/LightCannon.expected.wepn" normalize --data-dir "$fixtures/../../../examples/Data" \
+  "$fixtures/../../../examples/Data/Weapon/LightCannon/LightCannon.wepn"
 # 1 when a file cannot be read or written, one line each, and the other files are still done.
 row 1 "missing.wepn:0: error: Cannot read 'missing.wepn': No such file or directory" '' normalize "${data[@]}" missing.wepn
 row 1 "missing.wepn:0: error: Cannot read 'missing.wepn': No such file or directory" 'comments.wepn:1: warning: comment: a save drops it and the 2 other comments' check "${data[@]}" clean.wepn missing.wepn comments.wepn
