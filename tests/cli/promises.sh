@@ -164,6 +164,10 @@ mkdir Set && cp Old/* Set/ && mv Set/stock.wepn 'Set/a=b.wepn'
 row 0 '' 'Set/a=b.wepn:2: Blast Radius 0 -> 7' set "${vdata[@]}" 'Set/a=b.wepn' Set/flak.wepn 'Blast Radius=7' --where 'Firing Range=4410.000000000001'
 row 0 '' 'Set/flak.wepn:18: Penetration: Alpha 1.5 -> 3' set "${vdata[@]}" Set 'Penetration: Alpha*=2'
 row 0 '' 'Set/flak.wepn:18: Penetration: Alpha 3 -> 3.5' set "${vdata[@]}" Set 'Penetration: Alpha+=0.5'
+# Through a symlink the file it points to is rewritten, with its permission bits.
+ln -s Set/flak.wepn link.wepn && chmod 604 Set/flak.wepn
+row 0 '' 'link.wepn:18: Penetration: Alpha 3.5 -> 4' set "${vdata[@]}" link.wepn 'Penetration: Alpha=4'
+[ -L link.wepn ] && [ "$(stat -c %a Set/flak.wepn)" = 604 ] && grep -q 'Alpha = 4,' Set/flak.wepn || fail "set through a symlink"
 
 # In place, a script whose save changes what the game reads, or that the game cannot run, is left
 # as it is unless --allow-changes; one that only loses comments is rewritten.
