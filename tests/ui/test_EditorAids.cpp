@@ -160,9 +160,14 @@ private slots:
         }
     }
 
-    // The notice's button switches the setting on and reads the same script again as the game does.
+    // The notice lists the first ten changes, a change of the whole file first, and counts the
+    // others; its button switches the setting on and reads the same script again as the game does.
     void noticeReopensAsTheGameReads()
     {
+        openScript(false, kScript.left(kScript.indexOf("setAngles")) + "setAccuracy(NewWeaponType,1,{Fighter=0.5,Corvette=0.5,"
+                   "Frigate=0.5,Capital=0.5,Utility=0.5})\r\nsetPenetration(NewWeaponType,1,1,{Unarmoured=0.5,"
+                   "LightArmour=0.5,MediumArmour=0.5,HeavyArmour=0.5,ShieldedHull=0.5})\r\n");
+        QCOMPARE(opened, QStringList{QString::fromLatin1(fileBytes(testData("ui/notice-eleven-changes.txt"))).arg(script)});
         const QByteArray commented = "-- a comment the editor's save drops\r\n" + kScript + "setMissileKiller(NewWeaponType,1);\r\n";
         for (const bool reopen : {false, true}) {
             openScript(false, commented, reopen);
