@@ -76,10 +76,18 @@ protected:
 
 TEST_F(AtomicFileTest, ReplacesTheWholeFileAndKeepsItsPermissions)
 {
+    // A new file gets what any program's new file gets: 0666 less the umask.
+    const mode_t mask = ::umask(027);
+    struct stat info {};
+    ASSERT_EQ(AtomicFile::write((folder / "New.wepn").string(), "new"), std::nullopt);
+    ::umask(mask);
+    ASSERT_EQ(::stat((folder / "New.wepn").c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 07777, 0640u);
+    fs::remove(folder / "New.wepn");
+
     ASSERT_EQ(::chmod(target.c_str(), 0640), 0);
     ASSERT_EQ(AtomicFile::write(target.string(), std::string("new\0bytes", 9)), std::nullopt);
     EXPECT_EQ(contentOf(target), std::string("new\0bytes", 9));
-    struct stat info {};
     ASSERT_EQ(::stat(target.c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 07777, 0640u);
     EXPECT_EQ(namesIn(folder), std::vector<std::string>{"Weapon.wepn"});
