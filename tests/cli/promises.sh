@@ -156,6 +156,8 @@ row 1 '' $'Old/flak.wepn:0: only in Old\nOld/stock.wepn:2: Firing Range 5000 -> 
 row 1 '' 'New/stock.wepn:2: Firing Range 4410 -> 5000' diff "${vdata[@]}" Old/stock.wepn New/stock.wepn
 row 0 '' '' diff "${vdata[@]}" stock.wepn Old/stock.wepn
 row 2 'broken.wepn:2: error: unexpected symbol near <eof>' '' diff "${vdata[@]}" stock.wepn broken.wepn
+row 2 "vantorel-cli: diff compares two scripts or two folders, but Old is a folder and stock.wepn is not $u" '' diff "${vdata[@]}" Old stock.wepn
+row 2 "vantorel-cli: diff compares two scripts or two folders, but Old is a folder and stock.wepn is not $u" '' diff "${vdata[@]}" stock.wepn Old
 row 1 "New/var.wepn:0: error: cannot write the changes into the script's own text: Line 1: local variables are not modelled" '' \
   set "${vdata[@]}" New 'Blast Radius=1' --where 'Weapon Type=Gimble' --where 'Firing Range=4000'
 row 0 '' 'New/stock.wepn:2: Firing Range 5000 -> 1' set --dry-run "${vdata[@]}" New/stock.wepn 'Firing Range=1'
@@ -259,15 +261,21 @@ cat <&3 | cmp -s - mixed.wepn && cat <&4 | cmp -s - mixed.wepn || fail "a progra
 # SIGINT and SIGTERM: the scripts in hand (at most 128 for each of 8 threads, taken in path order)
 # are finished, no other is touched, and the run ends by the signal after one line. A run the
 # signal reaches before it can take it over is tried again a little later.
+# signalled DELAY SIGNAL COMMAND...: sends the signal after the delay; the status is 200 and the
+# signal's number when the signal ended the command (a parent sees a death by it, not an exit).
+signalled() {
+  perl -e '($d, $s) = splice @ARGV, 0, 2; $p = fork // die; if (!$p) { exec @ARGV; exit 127 }
+    select undef, undef, undef, $d; kill $s, $p; waitpid $p, 0; exit($? & 127 ? 200 + ($? & 127) : $? >> 8)' "$@"
+}
 for signal in INT:2 TERM:15; do
   n=
   for delay in 0.02 0.05 0.1 0.2 0.4; do
     rm -rf S && mkdir S && tee S/{1000..2029}.wepn <mixed.wepn >/dev/null
-    timeout --preserve-status -s "${signal%:*}" "$delay" "$cli" normalize --in-place --allow-changes "${data[@]}" S 2>err
+    signalled "$delay" "${signal%:*}" "$cli" normalize --in-place --allow-changes "${data[@]}" S 2>err
     got=$?
     n=$(sed -n "s/^vantorel-cli: stopped by SIG${signal%:*} after \([0-9]*\) of 1030 scripts; the others were not looked at\$/\1/p" err)
-    [ -z "$n" ] && [ ! -s err ] && [ "$got" -eq $((128 + ${signal#*:})) ] && continue
-    [ -n "$n" ] && [ "$n" -le 1024 ] && [ "$(wc -l <err)" -eq 1 ] && [ "$got" -eq $((128 + ${signal#*:})) ] && [ "$(ls -A S | wc -l)" -eq 1030 ] \
+    [ -z "$n" ] && [ ! -s err ] && [ "$got" -eq $((200 + ${signal#*:})) ] && continue
+    [ -n "$n" ] && [ "$n" -le 1024 ] && [ "$(wc -l <err)" -eq 1 ] && [ "$got" -eq $((200 + ${signal#*:})) ] && [ "$(ls -A S | wc -l)" -eq 1030 ] \
       && [ "$(sha1sum S/* | head -n "$n" | grep -vc "^$new ")" -eq 0 ] && [ "$(sha1sum S/* | grep -c "^$new ")" -eq "$n" ] \
       || fail "SIG${signal%:*} after $delay s: status $got, $(cat err)"
     break

@@ -143,32 +143,38 @@ private slots:
         QCOMPARE(w.lstWeaponResults->count(), 3);
     }
 
-    void pastedTextThatIsNoNumber_data()
+    void pastedTextAFieldCannotHold_data()
     {
         QTest::addColumn<QString>("field");
         QTest::addColumn<QString>("button");
-        QTest::addColumn<QString>("label");
-        QTest::newRow("add, minimum") << "txtMinEffect" << "cmdAdd" << "Minimum Effect";
-        QTest::newRow("apply, maximum") << "txtMaxEffect" << "cmdApply" << "Maximum Effect";
-        QTest::newRow("penetration") << "txtPenetration" << "cmdPenApply" << "Penetration Value";
-        QTest::newRow("accuracy") << "txtAccuracy" << "cmdAccApply" << "Accuracy Value";
+        QTest::addColumn<QString>("message"); // %1: the field's text, "4" and what was pasted
+        QTest::newRow("add, minimum") << "txtMinEffect" << "cmdAdd" << "\"Minimum Effect\" must hold a number, not \"%1\". Nothing was changed.";
+        QTest::newRow("apply, maximum") << "txtMaxEffect" << "cmdApply" << "\"Maximum Effect\" must hold a number, not \"%1\". Nothing was changed.";
+        QTest::newRow("penetration") << "txtPenetration" << "cmdPenApply" << "\"Penetration Value\" must hold a number, not \"%1\". Nothing was changed.";
+        QTest::newRow("accuracy") << "txtAccuracy" << "cmdAccApply" << "\"Accuracy Value\" must hold a number, not \"%1\". Nothing was changed.";
+        QTest::newRow("spawned effect beyond Latin-1") << "txtSpawnedWeaponEffect" << "cmdAdd"
+            << "\"Spawned FX\" must hold only characters a script can hold, not \"%1\". Nothing was changed.";
     }
-    void pastedTextThatIsNoNumber()
+    void pastedTextAFieldCannotHold()
     {
         QFETCH(QString, field);
         QFETCH(QString, button);
-        QFETCH(QString, label);
+        QFETCH(QString, message);
         WepnEditor_Main &w = *window;
         select(w.lstWeaponResults, 0);
         select(w.lstArmorFamilies, 0);
         select(w.lstAccuracy, 0);
         const QString before = rows(w.lstWeaponResults) + rows(w.lstArmorFamilies) + rows(w.lstAccuracy);
+        const bool spawned = field == QLatin1String("txtSpawnedWeaponEffect");
+        if (spawned)
+            choose(w.cboEffect, "SpawnWeaponFire");
         auto *edit = w.findChild<QLineEdit *>(field);
         retype(edit, QStringLiteral("4"));
-        QGuiApplication::clipboard()->setText(QStringLiteral("x"));
+        QGuiApplication::clipboard()->setText(spawned ? QString(QChar(0x100)) : QStringLiteral("x"));
         edit->paste();
         click(w.findChild<QPushButton *>(button));
-        QCOMPARE(dialogs->messages, QStringList{QStringLiteral("\"%1\" must hold a number, not \"4x\". Nothing was changed.").arg(label)});
+        QCOMPARE(dialogs->messages, QStringList{message.arg(edit->text())});
+        QCOMPARE(edit->text().size(), 2);
         QCOMPARE(rows(w.lstWeaponResults) + rows(w.lstArmorFamilies) + rows(w.lstAccuracy), before);
     }
 
