@@ -2,7 +2,8 @@
 # vantorel-cli's promises, one row each, run as processes in a folder of their own so that every
 # expected message is literal: exit statuses, usage, options after a command, "--", standard input
 # and output, folders, the data directory's origin, what check reports, the game reading mode,
-# the signals that stop an in-place run, and what a terminal shows.
+# the value commands balancing a mod, the in-place rewrite and the signals that stop it, and what a
+# terminal shows.
 # Usage: promises.sh VANTOREL_CLI FIXTURE_DIR
 set -uo pipefail
 cli=$(realpath "$1")
@@ -170,6 +171,91 @@ row 0 '' 'Set/flak.wepn:18: Penetration: Alpha 3 -> 3.5' set "${vdata[@]}" Set '
 ln -s Set/flak.wepn link.wepn && chmod 604 Set/flak.wepn
 row 0 '' 'link.wepn:18: Penetration: Alpha 3.5 -> 4' set "${vdata[@]}" link.wepn 'Penetration: Alpha=4'
 [ -L link.wepn ] && [ "$(stat -c %a Set/flak.wepn)" = 604 ] && grep -q 'Alpha = 4,' Set/flak.wepn || fail "set through a symlink"
+
+# A mod balanced through a table, each case in a folder of its own holding Mod/ (the two test
+# scripts) and Before/, a copy of it: a table applied unchanged, or respelled as spreadsheets
+# respell numbers, writes nothing; edited cells, in any column order and some columns dropped,
+# write only those values, which the table and diff then show; set makes the same bytes.
+balance() { mkdir "$tmp/$1" && cd "$tmp/$1" && mkdir Mod && cp "$fixtures/../../data/game/"{stock,flak}.wepn Mod/ && cp -r Mod Before || exit 1; }
+vd=(--data-dir ../VData)
+# The table's lines without the fingerprint, its last cell, and without the CR of CR LF.
+bare() { sed -E 's/^(.*,)[^,]*\r$/\1/; t; s/^(.*,).*$/\1(no CR)/' "$1"; }
+balance Table
+row 0 '' '' table "${vd[@]}" -o t.csv Mod
+bare t.csv | cmp -s - "$values/table.csv" || fail "table of Mod"
+row 0 '' @t.csv table "${vd[@]}" Mod/stock.wepn Mod/flak.wepn
+sed 's/,0\.1,/,0.10,/; s/,2200,/,2.2E3,/' t.csv >same.csv && stat -c %i Mod/stock.wepn >inode
+row 0 '' '' apply "${vd[@]}" same.csv
+[ "$(stat -c %i Mod/stock.wepn)" = "$(cat inode)" ] || fail "a table without changes rewrote a script"
+printf '%s\r\n' 'Beam Pass-Thru Health,Path,Penetration: Alpha,Accuracy: Corvette,Result 1 Target' \
+  '2200,Mod/stock.wepn,0.5,,Self' '2.5,Mod/flak.wepn,,0.25,' >edit.csv
+# A value's line is where it stands after the change, or stood before, when it is gone.
+changes='Mod/stock.wepn:9: Penetration: Alpha (none) -> 0.5
+Mod/stock.wepn:13: Accuracy: Corvette 0.2 -> (none)
+Mod/stock.wepn:13: Always Causes Damage: Corvette 0 -> (none)
+Mod/stock.wepn:4: Result 1 Target Target -> Self
+Mod/flak.wepn:14: Beam Pass-Thru Health 0 -> 2
+Mod/flak.wepn:18: Penetration: Alpha 1.5 -> (none)
+Mod/flak.wepn:20: Accuracy: Corvette (none) -> 0.25
+Mod/flak.wepn:20: Always Causes Damage: Corvette (none) -> 0'
+row 0 '' "$changes" apply "${vd[@]}" --dry-run edit.csv
+row 0 '' '' diff "${vd[@]}" Before Mod
+row 0 '' "$changes" apply "${vd[@]}" edit.csv
+row 0 '' '' apply "${vd[@]}" edit.csv
+OUT=t.csv row 0 '' '' table "${vd[@]}" Mod
+bare t.csv | cmp -s - "$values/table.edited.csv" || fail "table after apply"
+row 1 '' 'Mod/flak.wepn:14: Beam Pass-Thru Health 0 -> 2
+Mod/flak.wepn:16: Penetration: Alpha 1.5 -> (none)
+Mod/flak.wepn:20: Accuracy: Corvette (none) -> 0.25
+Mod/flak.wepn:20: Always Causes Damage: Corvette (none) -> 0
+Mod/stock.wepn:9: Penetration: Alpha (none) -> 0.5
+Mod/stock.wepn:11: Accuracy: Corvette 0.2 -> (none)
+Mod/stock.wepn:11: Always Causes Damage: Corvette 0 -> (none)
+Mod/stock.wepn:4: Result 1 Target Target -> Self' diff "${vd[@]}" Before Mod
+OUT=/dev/null row 0 '' '' set "${vd[@]}" Before/stock.wepn 'Penetration: Alpha=0.5' 'Accuracy: Corvette=' 'Result 1 Target=Self'
+OUT=/dev/null row 0 '' '' set "${vd[@]}" Before/flak.wepn 'Beam Pass-Thru Health+=2.5' 'Penetration: Alpha=' 'Accuracy: Corvette=0.25'
+cmp -s Before/stock.wepn Mod/stock.wepn && cmp -s Before/flak.wepn Mod/flak.wepn || fail "set and apply gave other bytes"
+
+# Bad tables and arguments write nothing for the scripts they concern; the other rows still are.
+balance BadTables
+OUT=t.csv row 0 '' '' table "${vd[@]}" Mod
+sed 's/Firing Range/Firing Rang/' t.csv >unknown.csv
+printf '%s\r\n' 'Path,Firing Range,Fire Axis,Accuracy: Beta,Result 1 Minimum Effect' 'Mod/flak.wepn,far,99999,1.5,' 'Mod/stock.wepn,1234,0,,35' >bad.csv
+cp bad.csv partly.csv && printf '"Mod/stock.wepn\r\n' >>bad.csv
+printf '%s\r\n' 'Path,Result 3 Condition,Result 1 Spawned FX' 'Mod/stock.wepn,Hit,Boom' >half.csv
+row 1 'unknown.csv:1: error: column G (Firing Rang): no value has this name; nothing was written' '' apply "${vd[@]}" unknown.csv
+row 1 'bad.csv:4: error: a quoted field is not closed; nothing was written' '' apply "${vd[@]}" bad.csv
+row 1 'half.csv:2: error: column C (Result 1 Spawned FX): a spawned effect needs the effect SpawnWeaponFire
+half.csv:2: error: Result 3 Minimum Effect: a number is needed, as the result has other cells
+half.csv:2: error: Result 3 Maximum Effect: a number is needed, as the result has other cells' '' apply "${vd[@]}" half.csv
+row 2 "vantorel-cli: 'Weapon Type*=2': Weapon Type holds a text, which cannot be computed with $u" '' set "${vd[@]}" Mod 'Weapon Type*=2'
+row 2 "vantorel-cli: 'Range=2': no value is named 'Range' $u" '' set "${vd[@]}" Mod 'Range=2'
+row 1 'Mod/flak.wepn:8: error: Firing Range: a number is needed here' '' set "${vd[@]}" Mod 'Firing Range=' --where 'Weapon Fire Type=Bullet'
+row 0 '' '' diff "${vd[@]}" Before Mod
+row 1 "partly.csv:2: error: column B (Firing Range): 'far' is not a number
+partly.csv:2: error: column C (Fire Axis): '99999' is beyond -32768 to 32767
+partly.csv:2: error: column D (Accuracy: Beta): '1.5' is outside 0 to 1" 'Mod/stock.wepn:2: Firing Range 4410 -> 1234' apply "${vd[@]}" partly.csv
+cmp -s Mod/flak.wepn Before/flak.wepn || fail "a script with a bad cell was written"
+# The first table is older than that change: it would undo it.
+row 1 "t.csv:3: error: Mod/stock.wepn changed since the table was made, and the table would undo that; apply --force writes the table's values anyway" '' apply "${vd[@]}" t.csv
+row 0 '' 'Mod/stock.wepn:2: Firing Range 1234 -> 4410' apply "${vd[@]}" --force t.csv
+row 0 '' '' diff "${vd[@]}" Before Mod
+
+# Texts are Latin-1 in scripts and UTF-8 in the table. A script the game cannot read gets no row;
+# a script with another hard link is left alone.
+balance Latin && mkdir Latin && sed 's/Beam_Ion/Beam_\xe9/' Mod/stock.wepn >Latin/gun.wepn && cp Latin/gun.wepn gun.keep
+printf 'setAngles(' >Latin/broken.wepn
+OUT=t.csv row 1 'Latin/broken.wepn:1: error: unexpected symbol near <eof>' '' table "${vd[@]}" Latin
+grep -q "^Latin/gun.wepn,Gimble,InstantHit,Beam_$(printf '\xc3\xa9'),"  t.csv && rm Latin/broken.wepn || fail "a text in the table is not UTF-8"
+row 0 '' '' apply "${vd[@]}" t.csv
+printf 'Path,Weapon Effects File\r\nLatin/gun.wepn,Beam_\xe9\r\n' >other.csv && cp other.csv twice.csv && printf 'Latin/gun.wepn\r\n' >>twice.csv
+row 1 'twice.csv:2: error: Latin/gun.wepn has more than one row; it was not changed
+twice.csv:3: error: Latin/gun.wepn has more than one row; it was not changed' '' apply "${vd[@]}" twice.csv
+row 1 'other.csv:2: error: column B (Weapon Effects File): the text is no UTF-8 (save the table as UTF-8) or holds a character beyond Latin-1, which a script cannot hold' '' apply "${vd[@]}" other.csv
+ln Latin/gun.wepn link.wepn
+row 1 "Latin/gun.wepn:0: error: Cannot save 'Latin/gun.wepn': it has 2 hard links, which a rewrite would split" '' set "${vd[@]}" Latin 'Firing Range=1'
+cmp -s Latin/gun.wepn gun.keep || fail "a Latin-1 script changed"
+cd "$tmp" || exit 1
 
 # In place, a script whose save changes what the game reads, or that the game cannot run, is left
 # as it is unless --allow-changes; one that only loses comments is rewritten.
