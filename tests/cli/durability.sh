@@ -2,8 +2,9 @@
 # SPDX-License-Identifier: MIT
 # A rewritten script's new content reaches the disk before it replaces the script: in the traced
 # system calls of an in-place run, the new file's sync (its own, or the whole file system's) comes
-# before the rename, and the folder's sync after it. A failed sync or replacement is reported against its own script, beside the
-# other scripts' errors.
+# before the rename, and the folder's sync after it. A failed sync or replacement is reported
+# against its own script, beside the other scripts' errors, and a script edited meanwhile is left
+# as it is.
 # Usage: durability.sh VANTOREL_CLI DATA_DIR
 set -eu
 cli=$1 data=$2
@@ -54,4 +55,17 @@ if ! cmp -s "$dir/err" "$dir/expected"; then
     echo "2 passed, 1 failed: a failed replacement is not reported against its own script"
     exit 1
 fi
-echo "3 passed, 0 failed"
+# A script edited while its new content waits for the sync is left as it is (the edit kept), with a
+# line of its own.
+cp "$data/Mixed.wepn" "$dir/Gun.wepn"
+(sleep 0.5 && echo '-- edited' >>"$dir/Gun.wepn") &
+strace -f -qq -o /dev/null -e trace=fdatasync,syncfs -e inject=fdatasync,syncfs:delay_enter=1500000 \
+    "$cli" normalize --in-place --allow-changes --data-dir "$dir/Data" "$dir/Gun.wepn" 2>"$dir/err" && exit 1
+wait
+printf '%s\n' "$dir/Gun.wepn:0: error: Cannot save '$dir/Gun.wepn': it changed after it was read, so it was left as it is" >"$dir/expected"
+if ! cmp -s "$dir/err" "$dir/expected" || ! { cat "$data/Mixed.wepn"; echo '-- edited'; } | cmp -s - "$dir/Gun.wepn"; then
+    diff "$dir/expected" "$dir/err"
+    echo "3 passed, 1 failed: a script edited during the run was replaced, or not reported"
+    exit 1
+fi
+echo "4 passed, 0 failed"
