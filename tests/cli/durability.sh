@@ -57,11 +57,12 @@ if ! cmp -s "$dir/err" "$dir/expected"; then
 fi
 # A script edited while its new content waits for the sync is left as it is (the edit kept), with a
 # line of its own.
-cp "$data/Mixed.wepn" "$dir/Gun.wepn"
-(sleep 0.5 && echo '-- edited' >>"$dir/Gun.wepn") &
-strace -f -qq -o /dev/null -e trace=fdatasync,syncfs -e inject=fdatasync,syncfs:delay_enter=1500000 \
-    "$cli" normalize --in-place --allow-changes --data-dir "$dir/Data" "$dir/Gun.wepn" 2>"$dir/err" && exit 1
-wait
+cp "$data/Mixed.wepn" "$dir/Gun.wepn" && : >"$dir/trace"
+strace -f -qq -o "$dir/trace" -e trace=fdatasync,syncfs -e inject=fdatasync,syncfs:delay_enter=1000000 \
+    "$cli" normalize --in-place --allow-changes --data-dir "$dir/Data" "$dir/Gun.wepn" 2>"$dir/err" &
+for _ in $(seq 500); do grep -q sync "$dir/trace" && break; sleep 0.01; done # the sync has begun
+echo '-- edited' >>"$dir/Gun.wepn"
+wait $! && exit 1
 printf '%s\n' "$dir/Gun.wepn:0: error: Cannot save '$dir/Gun.wepn': it changed after it was read, so it was left as it is" >"$dir/expected"
 if ! cmp -s "$dir/err" "$dir/expected" || ! { cat "$data/Mixed.wepn"; echo '-- edited'; } | cmp -s - "$dir/Gun.wepn"; then
     diff "$dir/expected" "$dir/err"
