@@ -129,6 +129,11 @@ void removeFamily(Statement &statement, std::size_t first, const std::string &fa
                 continue;
             if (!field.separator && f > 0 && f + 1 == table.fields.size())
                 table.fields[f - 1].separator.reset();
+            // The first entry's gap after "{" goes to the next entry when only blanks part them
+            // on a line, so that "{A=1, B=2}" becomes "{B=2}", not "{ B=2}".
+            if (f == 0 && table.fields.size() > 1 && field.key && table.fields[1].key
+                && table.fields[1].key->before.find_first_not_of(" \t") == std::string::npos)
+                table.fields[1].key->before = field.key->before;
             table.fields.erase(table.fields.begin() + static_cast<std::ptrdiff_t>(f));
         }
         const bool keepsFamilies = std::any_of(table.fields.begin(), table.fields.end(), [&](const auto &field) {

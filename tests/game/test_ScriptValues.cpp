@@ -60,6 +60,9 @@ TEST(ScriptValuesTest, SavesChangedAddedAndRemovedValuesInTheScriptsOwnText)
         {"game/flak.wepn", "values/flak.edited.wepn",
          {{"Penetration: Alpha", ""}, {"Penetration: Beta", "2"}, {"Accuracy: Beta", "0.90"},
           {"Always Causes Damage: Alpha", "1"}}},
+        // Entries taken out of tables on one line and over several, first, last and with a flag.
+        {"values/tables.wepn", "values/tables.edited.wepn",
+         {{"Penetration: ResArmour", ""}, {"Penetration: Alpha", ""}, {"Accuracy: Corvette", ""}, {"Accuracy: Beta", ""}}},
     };
     for (const Edit &edit : edits) {
         ScriptValues::Opened opened = open(dataFile(edit.input));
