@@ -227,4 +227,5 @@ TEST(AtomicFileText, QuotedPathsStayOnOneLine)
     EXPECT_EQ(AtomicFile::quoted("a\nb\tc'd\\e\x01\x7f.wepn"), "'a\\nb\\tc\\'d\\\\e\\x01\\x7f.wepn'");
     EXPECT_EQ(AtomicFile::shown("Data/Gun's.wepn"), "Data/Gun's.wepn");
     EXPECT_EQ(AtomicFile::shown("a\r.wepn"), "'a\\r.wepn'");
+    EXPECT_EQ(AtomicFile::shown("L\xC3\xA9g\xC3\xA8re.wepn"), "L\xC3\xA9g\xC3\xA8re.wepn"); // letters beyond ASCII are no control
 }
