@@ -200,6 +200,9 @@ private slots:
             QCOMPARE(w.Undo->text(), QLatin1String(undoText));
             states << state();
         };
+        retype(w.txtFiringArc, QStringLiteral("3"));
+        stepped("&Undo Firing Arc");
+        w.txtMaxEffect->setFocus(); // the focus leaves and comes back: typing again is a step of its own
         retype(w.txtFiringArc, QStringLiteral("30"));
         stepped("&Undo Firing Arc");
         retype(w.txtMaxEffect, QStringLiteral("7"));
