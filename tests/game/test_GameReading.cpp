@@ -81,7 +81,13 @@ INSTANTIATE_TEST_SUITE_P(
              }},
         // The copied last result names another variable by mistake; the new one names the weapon.
         Edit{"stray-weapon.wepn", "stray-weapon.result-added.wepn",
-             [](EditorDocument &d) { d.addResult({"Hit", "Push", "Target", 5, 10, ""}); }}),
+             [](EditorDocument &d) { d.addResult({"Hit", "Push", "Target", 5, 10, ""}); }},
+        // Statements the script lacked are added in the editor's own form, with the changed families.
+        Edit{"stray-weapon.wepn", "stray-weapon.statements-added.wepn", [](EditorDocument &d) {
+                 d.fFiringArc = 30;
+                 d.applyPenetration(5, "0.5");
+                 d.applyAccuracy(1, "0.7", true);
+             }}),
     [](const testing::TestParamInfo<Edit> &info) {
         std::string name = info.param.expected;
         std::replace_if(name.begin(), name.end(), [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); }, '_');
