@@ -87,6 +87,11 @@ INSTANTIATE_TEST_SUITE_P(
                  d.fFiringArc = 30;
                  d.applyPenetration(5, "0.5");
                  d.applyAccuracy(1, "0.7", true);
+             }},
+        // Each added line takes the indent of the line it follows.
+        Edit{"indented.wepn", "indented.added.wepn", [](EditorDocument &d) {
+                 d.addResult({"Miss", "Push", "Target", 5, 10, ""});
+                 d.fFiringArc = 30;
              }}),
     [](const testing::TestParamInfo<Edit> &info) {
         std::string name = info.param.expected;
