@@ -156,6 +156,7 @@ row 0 '' '~^New/var.wepn,Gimble,InstantHit,Beam_Ion,Normal,0,4000,' table "${vda
 row 1 '' $'Old/flak.wepn:0: only in Old\nOld/stock.wepn:2: Firing Range 5000 -> 4410\nNew/var.wepn:0: only in New' diff "${vdata[@]}" New Old
 row 1 '' 'New/stock.wepn:2: Firing Range 4410 -> 5000' diff "${vdata[@]}" Old/stock.wepn New/stock.wepn
 row 0 '' '' diff "${vdata[@]}" stock.wepn Old/stock.wepn
+row 2 "vantorel-cli: diff needs OLD and NEW $u" '' diff "${vdata[@]}" stock.wepn Old/stock.wepn stock.wepn
 row 2 'broken.wepn:2: error: unexpected symbol near <eof>' '' diff "${vdata[@]}" stock.wepn broken.wepn
 row 2 "vantorel-cli: diff compares two scripts or two folders, but Old is a folder and stock.wepn is not $u" '' diff "${vdata[@]}" Old stock.wepn
 row 2 "vantorel-cli: diff compares two scripts or two folders, but Old is a folder and stock.wepn is not $u" '' diff "${vdata[@]}" stock.wepn Old

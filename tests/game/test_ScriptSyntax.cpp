@@ -45,6 +45,12 @@ TEST(ScriptSyntax, LuaOutsideTheTreeEndsTheParseWithLineAndReason)
         {"f(1)\r\n--[[ open", "2: a long comment is not closed"},
         {"f(\"abc)", "1: a text is not closed"},
         {"f(1)\n\rf(2)\nfunction g() end", "3: functions are not modelled"},
+        {"while true do f(1) end", "1: loops are not modelled"},
+        {"repeat f(1) until true", "1: loops are not modelled"},
+        {"return f(1)", "1: functions are not modelled"},
+        {"if x then f(1) end", "1: conditions are not modelled"},
+        {"goto done", "1: 'goto' is not modelled"},
+        {"f(1) x = 2", "1: assignments are not modelled"},
         {"f(" + std::string(300, '(') + "1" + std::string(300, ')') + ")", "1: the arguments are nested too deeply"},
     };
     for (const auto &[script, failure] : rows) {
