@@ -9,10 +9,9 @@
 #
 # BUILD_DIR (default build) must hold a configured build of this tree. LIST (default
 # tools/mutants.txt) may lie outside the tree: faults kept out of the project measure the suite
-# with faults it has never seen. NUMBERs pick mutants by
-# their place in the list (1-based); without them every mutant runs. Each test run is limited to
-# SECONDS (default 180). The mutated file is always put back, also on Ctrl+C, and the tree is
-# rebuilt unmutated at the end.
+# with faults it has never seen. NUMBERs pick mutants by their place in the list (1-based);
+# without them every mutant runs. Each test run is limited to SECONDS (default 180). The mutated
+# file is always put back, also on Ctrl+C, and the tree is rebuilt unmutated at the end.
 set -u
 shopt -u patsub_replacement 2>/dev/null
 
@@ -27,7 +26,7 @@ while getopts "b:j:t:l:" option; do
     j) jobs=$OPTARG ;;
     t) limit=$OPTARG ;;
     l) list=$(realpath "$OPTARG") || exit 2 ;;
-    *) sed -n '8,16p' "$0" >&2; exit 2 ;;
+    *) sed -n '8,15p' "$0" >&2; exit 2 ;;
     esac
 done
 shift $((OPTIND - 1))
