@@ -168,6 +168,11 @@ mkdir Set && cp Old/* Set/ && mv Set/stock.wepn 'Set/a=b.wepn'
 row 0 '' 'Set/a=b.wepn:2: Blast Radius 0 -> 7' set "${vdata[@]}" 'Set/a=b.wepn' Set/flak.wepn 'Blast Radius=7' --where 'Firing Range=4410.000000000001'
 row 0 '' 'Set/flak.wepn:18: Penetration: Alpha 1.5 -> 3' set "${vdata[@]}" Set 'Penetration: Alpha*=2'
 row 0 '' 'Set/flak.wepn:18: Penetration: Alpha 3 -> 3.5' set "${vdata[@]}" Set 'Penetration: Alpha+=0.5'
+# A line added to a script without line ends ends in CR LF, and the script still has no final one.
+start='StartWeaponConfig(NewWeaponType,"Fixed","Bullet","FX","Normal",1,2,3,4,5,0,1,1,1,0.5,0,0,0,0,80,80,0.1,"",0,0,7)'
+printf '%s' "$start" >one.wepn
+row 0 '' 'one.wepn:2: Firing Arc 0 -> 30' set "${vdata[@]}" one.wepn 'Firing Arc=30'
+printf '%s\r\n%s' "$start" 'setAngles(NewWeaponType,30,0,0,0,0)' | cmp -s - one.wepn || fail "a line added to a script without line ends"
 # Through a symlink the file it points to is rewritten, with its permission bits.
 ln -s Set/flak.wepn link.wepn && chmod 604 Set/flak.wepn
 row 0 '' 'link.wepn:18: Penetration: Alpha 3.5 -> 4' set "${vdata[@]}" link.wepn 'Penetration: Alpha=4'
