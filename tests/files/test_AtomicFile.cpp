@@ -205,6 +205,10 @@ TEST_F(AtomicFileTest, ReadsOnlyRegularFilesOfScriptSize)
         EXPECT_EQ(AtomicFile::read(path, bytes), "Cannot read '" + path + "': " + reason);
         EXPECT_EQ(bytes, "");
     }
+    std::string bytes;
+    fs::resize_file(target, 64 << 20); // the largest script, read whole
+    EXPECT_EQ(AtomicFile::read(target.string(), bytes), std::nullopt);
+    EXPECT_EQ(bytes.size(), std::size_t{64} << 20);
 }
 
 TEST_F(AtomicFileTest, RemovesOnlyItsOwnStaleTemporaryFiles)
@@ -227,5 +231,5 @@ TEST(AtomicFileText, QuotedPathsStayOnOneLine)
     EXPECT_EQ(AtomicFile::quoted("a\nb\tc'd\\e\x01\x7f.wepn"), "'a\\nb\\tc\\'d\\\\e\\x01\\x7f.wepn'");
     EXPECT_EQ(AtomicFile::shown("Data/Gun's.wepn"), "Data/Gun's.wepn");
     EXPECT_EQ(AtomicFile::shown("a\r.wepn"), "'a\\r.wepn'");
-    EXPECT_EQ(AtomicFile::shown("L\xC3\xA9g\xC3\xA8re.wepn"), "L\xC3\xA9g\xC3\xA8re.wepn"); // letters beyond ASCII are no control
+    EXPECT_EQ(AtomicFile::shown("My Mod/L\xC3\xA9g\xC3\xA8re.wepn"), "My Mod/L\xC3\xA9g\xC3\xA8re.wepn"); // blanks and letters stay
 }
