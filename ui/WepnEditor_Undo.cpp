@@ -226,8 +226,9 @@ void WepnEditor_Main::restoreState(const EditState &to, const EditState &from)
             // The selection comes back as it was; the fields are the step's, not the entry's.
             const QSignalBlocker quiet(shown[i].first);
             refreshList(shown[i].first, *shown[i].second);
+            // Made the current item too, so that the arrow keys go on from the entry shown.
             if (QListWidgetItem *item = shown[i].first->item(lists.selected[i]))
-                item->setSelected(true);
+                shown[i].first->setCurrentItem(item);
         }
     }
     // Drop-downs first: the effect rule they run must not overwrite the texts restored after them.

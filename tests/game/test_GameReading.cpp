@@ -88,7 +88,7 @@ INSTANTIATE_TEST_SUITE_P(
                  d.applyPenetration(5, "0.5");
                  d.applyAccuracy(1, "0.7", true);
              }},
-        // Each added line takes the indent of the line it follows.
+        // Each added line takes the indent of the line it follows, not its comment.
         Edit{"indented.wepn", "indented.added.wepn", [](EditorDocument &d) {
                  d.addResult({"Miss", "Push", "Target", 5, 10, ""});
                  d.fFiringArc = 30;

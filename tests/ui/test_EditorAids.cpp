@@ -44,11 +44,15 @@ class TestEditorAids : public WindowTest
 {
     Q_OBJECT
 
-    // The three lists, the edited fields and the unsaved-changes state.
+    // The three lists with their selection, the edited fields and the unsaved-changes state.
     QString state() const
     {
         const WepnEditor_Main &w = *window;
-        QStringList shown{rows(w.lstWeaponResults), rows(w.lstArmorFamilies), rows(w.lstAccuracy)};
+        QStringList shown;
+        for (const QListWidget *list : {w.lstWeaponResults, w.lstArmorFamilies, w.lstAccuracy}) {
+            const QList<QListWidgetItem *> selected = list->selectedItems();
+            shown << rows(list) + QLatin1Char('@') + QString::number(selected.isEmpty() ? -1 : list->row(selected.first()));
+        }
         for (const QLineEdit *field : {w.txtFiringArc, w.txtMinEffect, w.txtMaxEffect, w.txtPenetration, w.txtAccuracy})
             shown << field->text();
         shown << w.cboEffect->currentText() << (w.chkAlwaysDMG->isChecked() ? QStringLiteral("ticked") : QString())
@@ -224,8 +228,8 @@ private slots:
         QTest::mouseClick(w.cmdRemove, Qt::LeftButton);
         stepped("&Undo Remove");
         QCOMPARE(states.last(), QStringLiteral(
-            "Hit - SpawnWeaponFire - 0 - 0 - ;Unarmoured - 0|LightArmour - 3|MediumArmour - 0|HeavyArmour - 0|ShieldedHull - 0;"
-            "Fighter - 1 - 0|Corvette - 1 - 0|Frigate - 1 - 1|Capital - 1 - 0|Utility - 1 - 0;30;0;0;3;1;SpawnWeaponFire;ticked;modified"));
+            "Hit - SpawnWeaponFire - 0 - 0 - @-1;Unarmoured - 0|LightArmour - 3|MediumArmour - 0|HeavyArmour - 0|ShieldedHull - 0@1;"
+            "Fighter - 1 - 0|Corvette - 1 - 0|Frigate - 1 - 1|Capital - 1 - 0|Utility - 1 - 0@2;30;0;0;3;1;SpawnWeaponFire;ticked;modified"));
 
         // Ctrl+Z in a text field is the window's undo.
         QTest::keyClick(w.txtFiringArc, Qt::Key_Z, Qt::ControlModifier);
