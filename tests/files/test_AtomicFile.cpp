@@ -99,9 +99,11 @@ TEST_F(AtomicFileTest, ReplacesTheWholeFileAndKeepsItsPermissions)
 TEST_F(AtomicFileTest, TargetsThatCannotBeSaved)
 {
     fs::create_directory(folder / "Folder.wepn");
-    const std::pair<fs::path, const char *> rows[] = {{folder / "Folder.wepn", "Is a directory"},
-                                                      {folder / "missing" / "Weapon.wepn", "No such file or directory"},
-                                                      {target / "Weapon.wepn", "Not a directory"}};
+    // A new file that cannot be made names the folder it was to go in.
+    const std::pair<fs::path, std::string> rows[] = {
+        {folder / "Folder.wepn", "Is a directory"},
+        {folder / "missing" / "Weapon.wepn", "(no new file in '" + (folder / "missing").string() + "'): No such file or directory"},
+        {target / "Weapon.wepn", "Not a directory"}};
     for (const auto &[path, reason] : rows)
         expectFailedSave(path, "x", reason);
 }

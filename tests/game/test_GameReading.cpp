@@ -87,6 +87,12 @@ INSTANTIATE_TEST_SUITE_P(
                  d.fFiringArc = 30;
                  d.applyPenetration(5, "0.5");
                  d.applyAccuracy(1, "0.7", true);
+                 d.applyAccuracy(0, "0", true); // the damage flag alone
+             }},
+        // A damage flag ticked or unticked alone leaves the accuracy's own text.
+        Edit{"damage-flag.wepn", "damage-flag.changed.wepn", [](EditorDocument &d) {
+                 d.applyAccuracy(0, "0.7", true);
+                 d.applyAccuracy(1, "0.5", false);
              }},
         // Each added line takes the indent of the line it follows, not its comment.
         Edit{"indented.wepn", "indented.added.wepn", [](EditorDocument &d) {
@@ -103,7 +109,8 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(GameReading, ValuesTheScriptDoesNotSetDoNotCarryOverFromTheScriptOpenedBefore)
 {
     Opened opened = open("setAngles(NewWeaponType,5,-180,180,-12,90)\nsetAccuracy(NewWeaponType,1)\n"
-                         "setPenetration(NewWeaponType,7,2)\nsetMiscValues(NewWeaponType,3,4)");
+                         "setPenetration(NewWeaponType,7,2)\nsetMiscValues(NewWeaponType,3,4)\n"
+                         "AddWeaponResult(NewWeaponType,\"Hit\",\"Push\",\"Target\",1,2,\"\")");
     ASSERT_TRUE(opened.read.completed());
     const std::string fixed = "StartWeaponConfig(NewWeaponType,\"Fixed\",\"Bullet\",\"FX\",\"Normal\",1,2,3,4,5,0,1,1,1,"
                               "0.5,0,0,0,0,80,80,0.1,\"\",0,0,7)";

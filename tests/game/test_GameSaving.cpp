@@ -53,7 +53,7 @@ std::string generate(Random &random)
     };
     const auto real = [&] {
         const std::string n = std::to_string(pick(random, 40));
-        return any(random, Texts{n, n + ".5", "0.60", ".15", "1E-05", "2.5e3", "-" + n, n + " * 1.4", "70/2", "-(5)", "0x1F", "-0.5 * -1"});
+        return any(random, Texts{n, n + ".5", "0.60", ".15", "1E-05", "2.5e3", "-" + n, n + " * 1.4", "70/2", "7/2", "-(5)", "0x1F", "-0.5 * -1"});
     };
     const auto text = [&] {
         return any<std::string>(random, {"\"Hit\"", "'Push'", "\"\"", "\"a\\\\b\"", "\"say \\\"hi\\\"\"", "[[long]]", "\"Beam_Ion\"", "\"a\\tb\"",
