@@ -194,7 +194,12 @@ private slots:
         openScript(false);
         WepnEditor_Main &w = *window;
         QApplication::setActiveWindow(&w);
-        QVERIFY(!w.Undo->isEnabled() && !w.Redo->isEnabled());
+        // Typing a field back to its value, and a Remove or Apply with nothing selected, are no steps.
+        retype(w.txtFiringArc, QStringLiteral("18"));
+        w.txtMaxEffect->setFocus();
+        w.cmdRemove->click();
+        w.cmdPenApply->click();
+        QVERIFY(!w.Undo->isEnabled() && !w.Redo->isEnabled() && !w.bModified);
         // The entries are selected first: what a selection shows is no step of its own.
         select(w.lstWeaponResults, 0);
         select(w.lstArmorFamilies, 1);
@@ -324,7 +329,7 @@ private slots:
     }
 
     // A first start says what to do first and does it; the unsaved-changes question's buttons have
-    // their access keys.
+    // their access keys, and Escape cancels.
     void firstStartAndAccessKeys()
     {
         startWindow(false, true);
@@ -346,6 +351,7 @@ private slots:
             buttons << button->text();
         buttons.sort();
         QCOMPARE(buttons, (QStringList{QStringLiteral("&Cancel"), QStringLiteral("&Discard"), QStringLiteral("&Save As...")}));
+        QCOMPARE(box.escapeButton()->text() + QLatin1Char(' ') + box.defaultButton()->text(), QStringLiteral("&Cancel &Save As..."));
     }
 };
 
