@@ -234,6 +234,11 @@ row 1 'bad.csv:4: error: a quoted field is not closed; nothing was written' '' a
 row 1 'half.csv:2: error: column C (Result 1 Spawned FX): a spawned effect needs the effect SpawnWeaponFire
 half.csv:2: error: Result 3 Minimum Effect: a number is needed, as the result has other cells
 half.csv:2: error: Result 3 Maximum Effect: a number is needed, as the result has other cells' '' apply "${vd[@]}" half.csv
+printf 'Path,Firing Range,Blast Radius,Firing Range\r\nMod/stock.wepn,1,2,3\r\n' >twice.csv
+row 1 'twice.csv:1: error: column D (Firing Range): the column appears twice; nothing was written' '' apply "${vd[@]}" twice.csv
+# A script named twice, in a folder and by itself, is one row.
+OUT=t2.csv row 0 '' '' table "${vd[@]}" Mod Mod/stock.wepn
+cmp -s t.csv t2.csv || fail "a script named twice got two rows"
 row 2 "vantorel-cli: 'Weapon Type*=2': Weapon Type holds a text, which cannot be computed with $u" '' set "${vd[@]}" Mod 'Weapon Type*=2'
 row 2 "vantorel-cli: 'Range=2': no value is named 'Range' $u" '' set "${vd[@]}" Mod 'Range=2'
 row 1 'Mod/flak.wepn:8: error: Firing Range: a number is needed here' '' set "${vd[@]}" Mod 'Firing Range=' --where 'Weapon Fire Type=Bullet'
