@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "AtomicFile.h"
 #include "GameReading.h"
+#include "NumberText.h"
 
 #include <gtest/gtest.h>
 
@@ -87,7 +88,7 @@ INSTANTIATE_TEST_SUITE_P(
                  d.fFiringArc = 30;
                  d.applyPenetration(5, "0.5");
                  d.applyAccuracy(1, "0.7", true);
-                 d.applyAccuracy(0, "0", true); // the damage flag alone
+                 d.applyAccuracy(0, NumberText::realText(d.FamilyAccuracies[0].fAccuracy), true); // the flag alone
              }},
         // A damage flag ticked or unticked alone leaves the accuracy's own text.
         Edit{"damage-flag.wepn", "damage-flag.changed.wepn", [](EditorDocument &d) {
@@ -116,6 +117,7 @@ TEST(GameReading, ValuesTheScriptDoesNotSetDoNotCarryOverFromTheScriptOpenedBefo
                               "0.5,0,0,0,0,80,80,0.1,\"\",0,0,7)";
     ASSERT_TRUE(GameReading::OpenGameScript(opened.document, fixed, opened.script).completed());
     const EditorDocument &d = opened.document;
+    EXPECT_EQ(d.lstWeaponResults, std::vector<std::string>{});
     EXPECT_EQ((std::vector<double>{d.fFiringArc, d.fLeftRotation, d.fRightRotation, d.fDownRotation, d.fUpRotation,
                                    d.fBarrelRecoil, d.fSlaveFireDelay, static_cast<double>(d.iDefaultAccuracy),
                                    static_cast<double>(d.iFieldPenetration), d.fDefaultPenetration}),
