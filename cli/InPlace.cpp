@@ -106,6 +106,15 @@ std::size_t run(const std::vector<std::string> &paths, AtomicFile::SyncMethod sy
     return done;
 }
 
+std::optional<std::string> refusedForHardLinks(const std::string &path, const AtomicFile::Seen &seen,
+                                               const std::string &hint)
+{
+    if (seen.links <= 1)
+        return std::nullopt;
+    return Output::location(path, 0) + "error: Cannot save " + AtomicFile::quoted(path) + ": it has "
+           + std::to_string(seen.links) + " hard links, which a rewrite would split" + hint;
+}
+
 void endIfStopped(std::size_t done, std::size_t total)
 {
     const int number = stopSignal;

@@ -27,6 +27,11 @@ using Failed = std::function<void(std::size_t i, std::string error)>;
 std::size_t run(const std::vector<std::string> &paths, AtomicFile::SyncMethod sync, bool showProgress,
                 const Prepare &prepare, const Failed &failed);
 
+// The refusal of a script with other hard links, which a rewrite would leave with the old bytes
+// ("PATH:0: error: ..." ending in `hint`), or nothing when it has no others.
+std::optional<std::string> refusedForHardLinks(const std::string &path, const AtomicFile::Seen &seen,
+                                               const std::string &hint = {});
+
 // After the run's own output: a run that a signal stopped ends here, by that signal.
 void endIfStopped(std::size_t done, std::size_t total);
 

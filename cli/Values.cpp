@@ -138,10 +138,8 @@ int writeChanges(const std::vector<std::string> &paths, const std::vector<Edit> 
         }
         if (!outcome.errors.empty() || dryRun || saved.bytes == bytes)
             return std::nullopt;
-        // A rewrite gives the script a new file: its other hard links would keep the old one.
-        if (seen.links > 1) {
-            outcome.errors.push_back(location(path, 0) + "error: Cannot save " + AtomicFile::quoted(path) + ": it has "
-                                     + std::to_string(seen.links) + " hard links, which a rewrite would split");
+        if (auto refused = InPlace::refusedForHardLinks(path, seen)) {
+            outcome.errors.push_back(std::move(*refused));
             return std::nullopt;
         }
         return std::move(saved.bytes);

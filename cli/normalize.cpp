@@ -52,11 +52,9 @@ int normaliseInPlace(const std::vector<std::string> &scripts, const FamilyList &
                 return std::nullopt;
             }
         }
-        if (seen.links > 1 && !commandLine.splitHardLinks) {
-            errors[i] = location(path, 0) + "error: Cannot save " + AtomicFile::quoted(path) + ": it has "
-                        + std::to_string(seen.links) + " hard links, which a rewrite would split (--split-hard-links allows it)";
+        if (!commandLine.splitHardLinks
+            && (errors[i] = InPlace::refusedForHardLinks(path, seen, " (--split-hard-links allows it)")))
             return std::nullopt;
-        }
         return text;
     };
     const std::size_t done = InPlace::run(scripts, commandLine.sync, true, prepare,
