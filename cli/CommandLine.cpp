@@ -165,8 +165,7 @@ CommandLine ParseCommandLine(const std::vector<std::string> &arguments)
     }
     if (line.dataDir && line.dataDir->empty())
         return fail("--data-dir needs a directory");
-    if (line.files.empty())
-        return fail(first + " needs at least one FILE");
+    // Commands that take a fixed number of files say so, also when none is given.
     const auto count = line.files.size();
     if (line.command == CommandLine::Command::Apply && count != 1)
         return fail("apply needs one TABLE.csv");
@@ -174,6 +173,8 @@ CommandLine ParseCommandLine(const std::vector<std::string> &arguments)
         return fail("diff needs OLD and NEW");
     if (line.command == CommandLine::Command::Show && count != 1)
         return fail("show needs one FILE");
+    if (count == 0)
+        return fail(first + " needs at least one FILE");
     const auto stdinCount = std::count(line.files.begin(), line.files.end(), "-");
     if (stdinCount > 0 && (line.inPlace || line.command == CommandLine::Command::Table
                            || line.command == CommandLine::Command::Set || line.command == CommandLine::Command::Diff))

@@ -21,7 +21,7 @@ case $(stat -f -c %T "$dir") in
     ext2/ext3 | xfs | btrfs) ways="each shared" ;;
     *) ways=each; echo "$(stat -f -c %T "$dir") in $dir: the whole file system's sync is not tested" ;;
 esac
-for how in $ways; do
+for how in $ways auto; do
     cp "$data/Mixed.wepn" "$dir/Gun.wepn"
     strace -f -qq -y -e trace=fdatasync,fsync,syncfs,rename,renameat,renameat2 -o "$dir/trace" \
         "$cli" normalize --in-place --allow-changes --sync=$how --data-dir "$dir/Data" "$dir/Gun.wepn"
@@ -69,4 +69,15 @@ if ! cmp -s "$dir/err" "$dir/expected" || ! { cat "$data/Mixed.wepn"; echo '-- e
     echo "3 passed, 1 failed: a script edited during the run was replaced, or not reported"
     exit 1
 fi
-echo "4 passed, 0 failed"
+# A failed sync of the folder, after the rename: the script holds its new content, and the run
+# says that this content may not survive a power loss.
+cp "$data/Mixed.wepn" "$dir/Gun.wepn"
+strace -f -qq -o /dev/null -e trace=fsync -e inject=fsync:error=EIO \
+    "$cli" normalize --in-place --allow-changes --sync=each --data-dir "$dir/Data" "$dir/Gun.wepn" 2>"$dir/err" && exit 1
+printf '%s\n' "$dir/Gun.wepn:0: error: Cannot save '$dir/Gun.wepn' (syncing the folder): Input/output error" >"$dir/expected"
+if ! cmp -s "$dir/err" "$dir/expected" || ! cmp -s "$dir/Gun.wepn" "$data/Mixed.normalized.wepn"; then
+    diff "$dir/expected" "$dir/err"
+    echo "4 passed, 1 failed: a failed sync of the folder is not reported against its script"
+    exit 1
+fi
+echo "5 passed, 0 failed"

@@ -82,6 +82,15 @@ row 2 '~^vantorel-cli: --data-dir needs a directory' '' check --data-dir '' clea
 row 2 "vantorel-cli: normalize needs at least one FILE $u" '' normalize "${data[@]}"
 row 2 "vantorel-cli: normalize without --in-place writes one script to standard output, but the FILEs name 2 $u" '' normalize "${data[@]}" clean.wepn comments.wepn
 row 2 "vantorel-cli: normalize without --in-place writes one script to standard output, but the FILEs name 4 $u" '' normalize "${data[@]}" Mods
+# A command that takes a fixed number of files says how many, also when none is given; an option
+# that takes a value says which.
+row 2 "vantorel-cli: show needs one FILE $u" '' show "${data[@]}"
+row 2 "vantorel-cli: show needs one FILE $u" '' show "${data[@]}" clean.wepn comments.wepn
+row 2 "vantorel-cli: apply needs one TABLE.csv $u" '' apply "${data[@]}"
+row 2 "vantorel-cli: diff needs OLD and NEW $u" '' diff "${data[@]}"
+row 2 "vantorel-cli: -o needs a file $u" '' table "${data[@]}" clean.wepn -o
+row 2 "vantorel-cli: --where needs 'NAME=VALUE' $u" '' set "${data[@]}" clean.wepn 'Firing Range=1' --where
+row 2 "vantorel-cli: --data-dir needs a directory $u" '' check clean.wepn --data-dir
 # A file name starting with "-" after "--".
 row 2 "vantorel-cli: unknown option '-dash.wepn' for check $u" '' check "${data[@]}" -dash.wepn
 row 0 '' '' check "${data[@]}" -- -dash.wepn
@@ -110,6 +119,7 @@ IN=comments.wepn row 0 '' '(standard input):1: warning: comment: a save drops it
 IN=clean.wepn row 0 '' @clean.wepn normalize "${data[@]}" -
 row 2 "vantorel-cli: --in-place cannot rewrite standard input ('-') $u" '' normalize --in-place "${data[@]}" -
 row 2 "vantorel-cli: standard input ('-') can be read only once $u" '' check "${data[@]}" - -
+IN=. row 1 '(standard input):0: error: cannot read the standard input: Is a directory' '' check "${data[@]}" -
 # --strict fails on any warning, also a single one, and on nothing else.
 row 1 '' "$m" check --strict "${data[@]}" mixed
 row 1 '' 'comments.wepn:1: warning: comment: a save drops it and the 2 other comments' check --strict --data-dir=Data comments.wepn
@@ -126,6 +136,9 @@ row 0 '' @stock.wepn normalize --read=game "${data[@]}" stock.wepn
 row 1 '' 'broken.wepn:2: error: unexpected symbol near <eof>' check --read=game "${data[@]}" stock.wepn broken.wepn
 # Where the data directory comes from, and how to give another.
 row 1 "vantorel-cli: The folder 'nowhere/Scripts/Weaponfire' does not exist. The data directory was given with --data-dir." '' check --data-dir nowhere clean.wepn
+mkdir -p NoList/Scripts/Weaponfire BadList/Scripts/Weaponfire && echo 'armourFamily = {' >BadList/Scripts/familylist.lua
+row 1 "vantorel-cli: The file 'NoList/Scripts/familylist.lua' does not exist. The data directory was given with --data-dir." '' check --data-dir NoList clean.wepn
+row 1 'vantorel-cli: BadList/Scripts/familylist.lua:1: the file ends before a line holding "unitcapsfamily", which ends the armour family section begun on line 1' '' check --data-dir BadList clean.wepn
 row 1 "vantorel-cli: The folder 'C:\\Program Files\\Quellbrook\\Korvath\\Data/Scripts/Weaponfire' does not exist. The data directory is the default, as the editor has stored none ($tmp/config/Tarnwick/Tarnwick.conf); give one with --data-dir DIR." '' check clean.wepn
 mkdir -p config/Tarnwick && printf '[Directories]\nDecompiled_Data=%s/gone\n' "$tmp" >config/Tarnwick/Tarnwick.conf
 row 1 "vantorel-cli: The folder '$tmp/gone/Scripts/Weaponfire' does not exist. The data directory comes from the editor's stored setting ($tmp/config/Tarnwick/Tarnwick.conf); give another with --data-dir DIR." '' check clean.wepn
@@ -146,6 +159,17 @@ mkdir -p VData/Scripts/Weaponfire Old New && cp "$values/familylist.lua" VData/S
 cp stock.wepn "$fixtures/../../data/game/flak.wepn" Old/ && sed 's/3150 \* 1.4/5000/' stock.wepn >New/stock.wepn
 { echo 'local r = 4000'; sed 's/3150 \* 1.4/r/' stock.wepn; } >New/var.wepn && cp New/var.wepn var.wepn
 row 0 '' "@$values/stock.show.txt" show "${vdata[@]}" stock.wepn
+row 2 "vantorel-cli: show prints one script, but the FILE names 2 $u" '' show "${vdata[@]}" Old
+row 1 'broken.wepn:2: error: unexpected symbol near <eof>' '' show "${vdata[@]}" broken.wepn
+OUT=/dev/full row 1 'vantorel-cli: cannot write the standard output' '' show "${vdata[@]}" stock.wepn
+row 2 "vantorel-cli: set needs at least one FILE $u" '' set "${vdata[@]}" 'Firing Range=1'
+row 2 "vantorel-cli: set needs at least one change, 'NAME=VALUE', 'NAME*=F' or 'NAME+=N' $u" '' set "${vdata[@]}" Old
+row 2 "vantorel-cli: --where 'Firing Range*=2': a condition is NAME=VALUE $u" '' set "${vdata[@]}" Old 'Firing Range=1' --where 'Firing Range*=2'
+row 2 "vantorel-cli: 'Weapon Effects File=Beam_€': the value is no UTF-8 or holds a character beyond Latin-1, which a script cannot hold $u" '' set "${vdata[@]}" Old 'Weapon Effects File=Beam_€'
+# The table goes to a regular file only, also through a link.
+mkfifo pipe.csv && ln -s loop.csv loop.csv
+row 1 "vantorel-cli: Cannot save 'pipe.csv': not a regular file" '' table "${vdata[@]}" -o pipe.csv stock.wepn
+row 1 "vantorel-cli: Cannot save 'loop.csv' (following the link): Too many levels of symbolic links" '' table "${vdata[@]}" -o loop.csv stock.wepn
 # Whole-number values given as halves are rounded to the even neighbour, as the window rounds.
 sed 's/damage=0.25/damage=0.5/; s/NewWeaponType,0.3,/NewWeaponType,2.5,/' stock.wepn >halves.wepn
 sed 's/^Default Accuracy = 0$/Default Accuracy = 2/' "$values/stock.show.txt" >halves.show
@@ -236,6 +260,11 @@ half.csv:2: error: Result 3 Minimum Effect: a number is needed, as the result ha
 half.csv:2: error: Result 3 Maximum Effect: a number is needed, as the result has other cells' '' apply "${vd[@]}" half.csv
 printf 'Path,Firing Range,Blast Radius,Firing Range\r\nMod/stock.wepn,1,2,3\r\n' >twice.csv
 row 1 'twice.csv:1: error: column D (Firing Range): the column appears twice; nothing was written' '' apply "${vd[@]}" twice.csv
+printf 'Firing Range\r\n1\r\n' >nopath.csv && : >empty.csv && printf 'Path,Firing Range\r\n,5\r\nMod/stock.wepn,5,6\r\n' >rows.csv
+row 1 'nopath.csv:1: error: the table has no column Path; nothing was written' '' apply "${vd[@]}" nopath.csv
+row 1 'empty.csv:0: error: the table is empty' '' apply "${vd[@]}" empty.csv
+row 1 'rows.csv:2: error: the row has no Path
+rows.csv:3: error: the row has more cells than the table has columns; Mod/stock.wepn was not changed' '' apply "${vd[@]}" rows.csv
 # A script named twice, in a folder and by itself, is one row.
 OUT=t2.csv row 0 '' '' table "${vd[@]}" Mod Mod/stock.wepn
 cmp -s t.csv t2.csv || fail "a script named twice got two rows"
