@@ -119,12 +119,16 @@ std::optional<std::string> readWhole(std::string_view text, Int &value)
     return std::nullopt;
 }
 
-// Spreadsheets drop control characters from texts: a text that lost only those is no change.
+// Spreadsheets drop control characters from texts, some of them or all (Calc keeps a line feed and
+// drops a carriage return): a text that differs only by those is no change.
 void setText(std::string &target, std::string_view text)
 {
-    std::string visible = target;
-    std::erase_if(visible, [](char c) { return static_cast<unsigned char>(c) < 32 || c == 127; });
-    if (text != visible)
+    const auto visible = [](std::string_view from) {
+        std::string shown(from);
+        std::erase_if(shown, [](char c) { return static_cast<unsigned char>(c) < 32 || c == 127; });
+        return shown;
+    };
+    if (visible(text) != visible(target))
         target = std::string(text);
 }
 

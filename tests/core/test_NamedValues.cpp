@@ -89,10 +89,13 @@ TEST(NamedValuesTest, CellEditsAreCheckedAndEqualNumbersKeepTheValueHeld)
     EXPECT_EQ(values.document.Weapon.fWeaponFireRange, 0.1 + 0.2);
     EXPECT_EQ(setCell(values, column("Fire Axis"), "2.5"), std::nullopt);
     EXPECT_EQ(cellText(values, column("Fire Axis")), "2");
-    // A spreadsheet drops control characters: a text that lost only those keeps them.
-    values.document.Weapon.sWeaponFireName = "\x01" "Beam\t";
-    EXPECT_EQ(setCell(values, column("Weapon Effects File"), "Beam"), std::nullopt);
-    EXPECT_EQ(values.document.Weapon.sWeaponFireName, "\x01" "Beam\t");
+    // A spreadsheet drops control characters, some or all: a text that differs only by those keeps them.
+    values.document.Weapon.sWeaponFireName = "\x01" "Be\nam\r";
+    for (const char *same : {"Beam", "Be\nam"})
+        EXPECT_EQ(setCell(values, column("Weapon Effects File"), same), std::nullopt);
+    EXPECT_EQ(values.document.Weapon.sWeaponFireName, "\x01" "Be\nam\r");
+    EXPECT_EQ(setCell(values, column("Weapon Effects File"), "Be\nams"), std::nullopt);
+    EXPECT_EQ(values.document.Weapon.sWeaponFireName, "Be\nams");
     EXPECT_EQ(setCell(values, column("Slave Fire Delay"), "0.2"), std::nullopt);
     EXPECT_EQ(setCell(values, column("Barrel Recoil Distance"), ""), std::nullopt);
     EXPECT_TRUE(values.document.bHasMiscValues);
