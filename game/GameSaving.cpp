@@ -158,19 +158,31 @@ struct LineRest
 LineRest restOfLine(std::string_view text)
 {
     std::size_t i = 0;
-    while (i < text.size() && (text[i] == ' ' || text[i] == '\t'))
-        ++i;
-    if (text.substr(i).starts_with("--")) {
+    for (;;) {
+        while (i < text.size() && (text[i] == ' ' || text[i] == '\t'))
+            ++i;
+        if (!text.substr(i).starts_with("--"))
+            break;
         std::size_t j = i + 2;
         if (j < text.size() && text[j] == '[') {
-            ++j;
+            const std::size_t open = j++;
             while (j < text.size() && text[j] == '=')
                 ++j;
-            if (j < text.size() && text[j] == '[')
-                return {i, false}; // a long comment: the line goes on after it
+            if (j < text.size() && text[j] == '[') {
+                // A long comment closed on this line belongs to it like a line comment; one that
+                // goes on over line ends leaves the line open after it.
+                const std::string close = "]" + std::string(j - open - 1, '=') + "]";
+                const std::size_t end = text.find(close, j + 1);
+                const std::size_t lineEnd = text.find_first_of("\r\n", j + 1);
+                if (end == std::string_view::npos || (lineEnd != std::string_view::npos && lineEnd < end))
+                    return {i, false};
+                i = end + close.size();
+                continue;
+            }
         }
         while (i < text.size() && !isLineEnd(text[i]))
             ++i;
+        break;
     }
     return {i, i < text.size() && isLineEnd(text[i])};
 }
@@ -694,6 +706,17 @@ private:
         return !parse.ok || parse.script.statements.size() != 1;
     }
 
+    // The indent of the line a statement stands on: that of the first statement on the line, as
+    // the blank before a statement that follows another on its line is no indent.
+    std::string lineIndent(std::size_t position) const
+    {
+        for (std::size_t k = position;; --k) {
+            const std::string &before = m_tree.statements[k].name.before;
+            if (k == 0 || afterLastLineEnd(before) != std::string_view::npos)
+                return indentOf(before);
+        }
+    }
+
     void insertAfter(int index, Statement statement)
     {
         if (index < 0) {
@@ -704,7 +727,7 @@ private:
             return;
         }
         const auto position = static_cast<std::size_t>(index);
-        const std::string indent = indentOf(m_tree.statements[position].name.before);
+        const std::string indent = lineIndent(position);
         std::string &after = beforeNext(position);
         const LineRest rest = restOfLine(after);
         if (rest.lineEnd) {

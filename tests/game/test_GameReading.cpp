@@ -95,6 +95,18 @@ INSTANTIATE_TEST_SUITE_P(
                  d.applyAccuracy(0, "0.7", true);
                  d.applyAccuracy(1, "0.5", false);
              }},
+        // Rare forms keep their text; a changed text is written with escapes, and a line added
+        // after a long comment follows the comment.
+        Edit{"forms.wepn", "forms.edited.wepn", [](EditorDocument &d) {
+                 d.Weapon.sWeaponFireName = "Be\"am\n\\Ion\r";
+                 d.fFiringArc = 30;
+                 d.addResult({"Hit", "Push", "Target", 5, 10, ""});
+             }},
+        // Statements on one line, and a comment without a line end after the last.
+        Edit{"one-line.wepn", "one-line.added.wepn", [](EditorDocument &d) {
+                 d.addResult({"Hit", "Push", "Target", 5, 10, ""});
+                 d.applyPenetration(0, "0.5");
+             }},
         // Each added line takes the indent of the line it follows, not its comment.
         Edit{"indented.wepn", "indented.added.wepn", [](EditorDocument &d) {
                  d.addResult({"Miss", "Push", "Target", 5, 10, ""});
@@ -180,6 +192,10 @@ TEST(GameReading, ValuesTheDocumentCannotHoldAreKeptAndUnknownLuaIsToldOnOpen)
          "Line 1: argument 5 of StartWeaponConfig is \"fast\", not a number"},
         {"setAccuracy(NewWeaponType,1,{Alpha=1, damage=40000})",
          "Line 1: the damage flag of family Alpha of setAccuracy is 40000, beyond -32768 to 32767"},
+        {"AddWeaponResult(NewWeaponType,5,\"Burn\",\"Target\",1,2,\"\")", "Line 1: argument 1 of AddWeaponResult is 5, not a text"},
+        {"setPenetration(NewWeaponType,50,1,{Alpha=\"x\"})", "Line 1: family Alpha of setPenetration is \"x\", not a number"},
+        {"setAngles(NewWeaponType,1,2,3,4,5)\nsetAngles(NewWeaponType,0/0)", "Line 2: argument 1 of setAngles is -nan, not a number"},
+        {"setPenetration(NewWeaponType,-2^31-1)", "Line 1: argument 1 of setPenetration is -2147483649, beyond -2147483648 to 2147483647"},
     };
     for (const Row &row : refused)
         EXPECT_EQ(open(row.script).read.message(), row.problem);
