@@ -49,13 +49,15 @@ class TestDesktopIntegration : public WindowTest
         window->show();
         QVERIFY(QTest::qWaitForWindowExposed(window.get()));
     }
-    void drop(const QString &path)
+    // Onto the window, or onto a text field, which leaves a dropped file to the window.
+    void drop(const QString &path, QObject *target = nullptr)
     {
         QMimeData mime;
         mime.setUrls({QUrl::fromLocalFile(path)});
         QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
         QDropEvent event(QPointF(10, 10), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
-        QVERIFY(QCoreApplication::sendEvent(window.get(), &enter) && QCoreApplication::sendEvent(window.get(), &event));
+        target = target ? target : window.get();
+        QVERIFY(QCoreApplication::sendEvent(target, &enter) && QCoreApplication::sendEvent(target, &event));
     }
 
 private slots:
@@ -70,6 +72,7 @@ private slots:
         QTest::newRow("dropped text file") << true << "notes.txt"
                                            << "'%1/notes.txt' is not a weapon script: only .wepn files can be opened." << started;
         QTest::newRow("dropped script") << true << "GUN.WEPN" << "" << "Vantorel v1.4 - GUN.WEPN";
+        QTest::newRow("dropped onto a field") << true << "GUN.WEPN" << "" << "Vantorel v1.4 - GUN.WEPN";
         QTest::newRow("argument, no game folder") << false << "GUN.WEPN"
             << "The folder '%1/Data/Scripts/Weaponfire' does not exist.\n\nChoose the game's data folder with "
                "Settings > Manage Directories > Decompiled Data." << started;
@@ -85,7 +88,9 @@ private slots:
         writeFile(dir.filePath(QStringLiteral("notes.txt")), "text");
         if (QLatin1String(QTest::currentDataTag()) == QLatin1String("argument, no game folder"))
             QVERIFY(QDir(data + QStringLiteral("/Scripts/Weaponfire")).removeRecursively());
-        dropped ? drop(dir.filePath(file)) : void(window->OpenPath(dir.filePath(file)));
+        const bool ontoField = QLatin1String(QTest::currentDataTag()) == QLatin1String("dropped onto a field");
+        dropped ? drop(dir.filePath(file), ontoField ? window->txtFiringArc : nullptr)
+                : void(window->OpenPath(dir.filePath(file)));
         QCOMPARE(dialogs->messages, message.isEmpty() ? QStringList() : QStringList{message.arg(dir.path())});
         QCOMPARE(window->windowTitle(), caption);
         QCOMPARE(window->intLoaded, std::int16_t(message.isEmpty()));

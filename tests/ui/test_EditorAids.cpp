@@ -111,9 +111,16 @@ private slots:
             // Where decimals can be typed is said once.
             QCOMPARE(window->lblNumberHint->text(), field == window->txtMinEffect ? hint : hint.section(QLatin1Char('\n'), 0, 0));
             QTest::keyClicks(field, QStringLiteral("-0.75e1x"));
+            QTest::sendKeyEvent(QTest::Click, field, Qt::Key_unknown, QString(QChar(0x131)), {}); // a "1" in its low byte
             QCOMPARE(field->text(), kept);
         }
         QVERIFY(dialogs->messages.isEmpty());
+        // Backspace works in both readings; a control key (here select all) only as the game reads.
+        window->txtMinEffect->setText(QStringLiteral("12"));
+        QTest::keyClick(window->txtMinEffect, Qt::Key_Backspace);
+        QTest::keyClick(window->txtMinEffect, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClicks(window->txtMinEffect, QStringLiteral("5"));
+        QCOMPARE(window->txtMinEffect->text(), game ? QStringLiteral("5") : QStringLiteral("15"));
         // What the game reads is applied; what is no number is still refused.
         window->txtMinEffect->setText(kept);
         window->cmdAdd->click();

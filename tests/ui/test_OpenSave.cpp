@@ -173,6 +173,11 @@ private slots:
         QCOMPARE(w.cboWeaponEffects->currentText(), effectBefore);
         if (fault == QLatin1String("broken familylist"))
             QCOMPARE(rows(w.lstArmorFamilies), QStringLiteral("Alpha - N|Beta - N"));
+        if (fault == QLatin1String("no familylist") && !loaded) { // gone after the Open's own check
+            QVERIFY(w.LoadFamilyList());
+            QCOMPARE(dialogs->messages.last(), QStringLiteral("Please locate your 'familylist.lua' file before opening a "
+                                                              "weapon for modification. [Missing familylist.lua]"));
+        }
         if (!loaded || (fault != QLatin1String("cancel") && fault != QLatin1String("broken familylist")))
             return;
         // After a cancel the lists, refilled from the same family list, still belong to the script's
