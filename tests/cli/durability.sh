@@ -80,4 +80,28 @@ if ! cmp -s "$dir/err" "$dir/expected" || ! cmp -s "$dir/Gun.wepn" "$data/Mixed.
     echo "4 passed, 1 failed: a failed sync of the folder is not reported against its script"
     exit 1
 fi
-echo "5 passed, 0 failed"
+# Each saving step failing in turn: the script is left as it was (or is new, after a fallback that
+# still saves it), with its mode, the line names the step, and no temporary file is left beside it.
+# A file system without unnamed files gets a named one; a link by descriptor refused goes through /proc.
+step=5
+inject() { # inject EXPECTED-STDERR EXPECTED-CONTENT STRACE-OPTION...
+    local err=$1 want=$2
+    shift 2
+    cp "$data/Mixed.wepn" "$dir/Gun.wepn" && chmod 666 "$dir/Gun.wepn" # a mode the umask would mask: kept with fchmod
+    strace -f -qq -o "$dir/trace" "$@" "$cli" normalize --in-place --allow-changes --sync=each --data-dir "$dir/Data" \
+        "$dir/Gun.wepn" 2>"$dir/err" || true
+    if ! printf '%s' "${err:+$err$'\n'}" | cmp -s - "$dir/err" || ! cmp -s "$dir/Gun.wepn" "$want" \
+        || [ "$(stat -c %a "$dir/Gun.wepn")" != 666 ] || ls -A "$dir" | grep -q '^\.vantorel-'; then
+        cat "$dir/err"
+        echo "$step passed, 1 failed: a save with $* did not end as expected"
+        exit 1
+    fi
+    step=$((step + 1))
+}
+saving() { printf '%s' "$dir/Gun.wepn:0: error: Cannot save '$dir/Gun.wepn' ($1): $2"; }
+inject "$(saving 'keeping the permissions' 'Operation not permitted')" "$data/Mixed.wepn" -e trace=fchmod -e inject=fchmod:error=EPERM
+inject "$(saving 'naming the new file' 'Input/output error')" "$data/Mixed.wepn" -e trace=linkat -e inject=linkat:error=EIO
+inject '' "$data/Mixed.normalized.wepn" -e trace=linkat -e inject=linkat:error=ENOENT:when=1
+inject '' "$data/Mixed.normalized.wepn" -P "$dir" -e trace=openat -e inject=openat:error=EOPNOTSUPP:when=2
+grep -q 'O_TMPFILE.*INJECTED' "$dir/trace" || { cat "$dir/trace"; echo "$step passed, 1 failed: no unnamed file was refused"; exit 1; }
+echo "$step passed, 0 failed"
