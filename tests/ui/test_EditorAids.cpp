@@ -55,6 +55,7 @@ class TestEditorAids : public WindowTest
         }
         for (const QLineEdit *field : {w.txtFiringArc, w.txtMinEffect, w.txtMaxEffect, w.txtPenetration, w.txtAccuracy})
             shown << field->text();
+        shown << w.cboWeaponEffects->currentText() << QString::number(w.cboCheckLOF->currentIndex());
         shown << w.cboEffect->currentText() << (w.chkAlwaysDMG->isChecked() ? QStringLiteral("ticked") : QString())
               << (w.bModified ? QStringLiteral("modified") : QString());
         return shown.join(QLatin1Char(';'));
@@ -223,6 +224,11 @@ private slots:
         stepped("&Undo Firing Arc");
         retype(w.txtMaxEffect, QStringLiteral("7"));
         stepped("&Undo Maximum Effect");
+        QTest::keyClicks(w.cboWeaponEffects->lineEdit(), QStringLiteral("X")); // an editable drop-down
+        stepped("&Undo Weapon Effects File");
+        w.cboCheckLOF->setFocus();
+        QTest::keyClick(w.cboCheckLOF, Qt::Key_Down);
+        stepped("&Undo Check Line of Fire");
         QTest::mouseClick(w.cmdApply, Qt::LeftButton);
         stepped("&Undo Apply");
         retype(w.txtPenetration, QStringLiteral("3"));
@@ -241,7 +247,7 @@ private slots:
         stepped("&Undo Remove");
         QCOMPARE(states.last(), QStringLiteral(
             "Hit - SpawnWeaponFire - 0 - 0 - @-1;Unarmoured - 0|LightArmour - 3|MediumArmour - 0|HeavyArmour - 0|ShieldedHull - 0@1;"
-            "Fighter - 1 - 0|Corvette - 1 - 0|Frigate - 1 - 1|Capital - 1 - 0|Utility - 1 - 0@2;30;0;0;3;1;SpawnWeaponFire;ticked;modified"));
+            "Fighter - 1 - 0|Corvette - 1 - 0|Frigate - 1 - 1|Capital - 1 - 0|Utility - 1 - 0@2;30;0;0;3;1;SparksX;1;SpawnWeaponFire;ticked;modified"));
 
         // Ctrl+Z in a text field is the window's undo.
         QTest::keyClick(w.txtFiringArc, Qt::Key_Z, Qt::ControlModifier);
