@@ -694,6 +694,9 @@ private:
             const std::string tail = rest.lineEnd ? after.substr(rest.end + lineEndLength(after.substr(rest.end))) : "";
             after = head + tail;
         } else {
+            // The blanks on either side of a statement that shares its line become one.
+            if (before.empty() || before.back() == ' ' || before.back() == '\t' || isLineEnd(before.back()))
+                after.erase(0, after.find_first_not_of(" \t"));
             after = before + after;
         }
         m_tree.statements.erase(m_tree.statements.begin() + static_cast<std::ptrdiff_t>(index));

@@ -107,6 +107,7 @@ INSTANTIATE_TEST_SUITE_P(
                  d.addResult({"Hit", "Push", "Target", 5, 10, ""});
                  d.applyPenetration(0, "0.5");
              }},
+        Edit{"one-line.wepn", "one-line.removed.wepn", [](EditorDocument &d) { EXPECT_FALSE(d.removeResult(0)); }},
         // Each added line takes the indent of the line it follows, not its comment.
         Edit{"indented.wepn", "indented.added.wepn", [](EditorDocument &d) {
                  d.addResult({"Miss", "Push", "Target", 5, 10, ""});
