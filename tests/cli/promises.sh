@@ -67,8 +67,9 @@ row() {
 u='(see vantorel-cli --help)'
 #   status stderr / stdout / arguments
 # Usage and exit statuses: 2 for a usage error, also a bare run; --help anywhere after a command.
-row 2 '~^Usage:' ''
-row 0 '' '~^Usage:' --help
+usage=$fixtures/../../data/cli/usage.txt
+row 2 "@$usage" ''
+row 0 '' "@$usage" --help
 row 0 '' '~^Usage:' check --help
 row 0 '' '~^Usage:' normalize --in-place --data-dir Data --help
 row 0 '' 'vantorel-cli 1.4.3' --version

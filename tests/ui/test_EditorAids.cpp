@@ -331,6 +331,8 @@ private slots:
         QCOMPARE(window->cboActivation->currentText(), activation);
         if (!game)
             return;
+        QCOMPARE(window->cboActivation->itemData(window->cboActivation->currentIndex(), Qt::ToolTipRole).toString(),
+                 QStringLiteral("The script's own value, kept as it is."));
         retype(window->txtFiringArc, QStringLiteral("30"));
         save(script);
         QCOMPARE(fileBytes(script), mine.replace("setAngles(NewWeaponType,18,", "setAngles(NewWeaponType,30,"));
