@@ -187,6 +187,25 @@ TEST(GameReading, ValuesTheDocumentCannotHoldAreKeptAndUnknownLuaIsToldOnOpen)
         EXPECT_EQ(GameReading::SaveGameScript(opened.script, opened.document).problems, opened.script.notes);
     }
 
+    // A change the script's text has no place for is refused, with the line.
+    const std::pair<std::string_view, std::function<void(EditorDocument &)>> noPlace[] = {
+        {"setAngles(NewWeaponType,25)", [](EditorDocument &d) { d.fUpRotation = 9; }},
+        {"setPenetration(NewWeaponType,5)", [](EditorDocument &d) { d.applyPenetration(0, "0.5"); }},
+        {"\nAddWeaponResult(NewWeaponType,\"Hit\",\"Push\",\"Target\",1)",
+         [](EditorDocument &d) { d.applyResult(0, {"Hit", "Push", "Target", 1, 9, ""}); }},
+    };
+    std::vector<std::string> problems;
+    for (const auto &[script, edit] : noPlace) {
+        Opened opened = open(script);
+        edit(opened.document);
+        const auto saved = GameReading::SaveGameScript(opened.script, opened.document).problems;
+        problems.insert(problems.end(), saved.begin(), saved.end());
+    }
+    EXPECT_EQ(problems, (std::vector<std::string>{
+                            "Line 1: setAngles has no argument 5 to hold the change",
+                            "Line 1: family PlanetKillerArmour of setPenetration: the statement has too few arguments to take a table",
+                            "Line 2: AddWeaponResult has no argument 5 to hold the change"}));
+
     const Row refused[] = {
         {"setAngles(NewWeaponType,1,2,3,4,5)\nsetAngles(", "Line 2: unexpected symbol near <eof>"},
         {"StartWeaponConfig(NewWeaponType,\"A\",\"B\",\"C\",\"D\",\"fast\")",
