@@ -75,6 +75,16 @@ public:
 
 class QFileDialog;
 class QMessageBox;
+class QPushButton;
+// The boxes as the editor shows them, built without being run so that tests can look at them.
+// A message: no icon, OK, the application's title unless another is given.
+void prepareMessageBox(QMessageBox &box, const QString &text, const QString &title);
+// A question with Yes and No, No the default: Enter alone never overwrites anything.
+void prepareConfirmBox(QMessageBox &box, const QString &text, const QString &title);
+// The notice with OK (the default) and the button it returns, which reopens the script as the game reads it.
+QPushButton *prepareNoticeBox(QMessageBox &box, const QString &text);
+// The changed-on-disk warning with the Replace button it returns, and Cancel (the default and Escape).
+QPushButton *prepareReplaceBox(QMessageBox &box, const QString &text);
 // The unsaved-changes question's box: Save As... (the default), Discard and Cancel (Escape), each
 // with its access key.
 void prepareSaveChangesBox(QMessageBox &box, const QString &text);

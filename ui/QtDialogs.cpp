@@ -27,39 +27,67 @@ void prepareOpenDialog(QFileDialog &dialog, const QString &folder, const QString
     dialog.selectFile(initialName);
 }
 
+void prepareMessageBox(QMessageBox &box, const QString &text, const QString &title)
+{
+    box.setIcon(QMessageBox::NoIcon);
+    box.setWindowTitle(title.isEmpty() ? Latin1::toQString(AppInfo::kTitle) : title);
+    box.setText(text);
+    box.setStandardButtons(QMessageBox::Ok);
+}
+
 void QtDialogs::message(const QString &text, const QString &title)
 {
-    QMessageBox box(QMessageBox::NoIcon, title.isEmpty() ? Latin1::toQString(AppInfo::kTitle) : title, text,
-                    QMessageBox::Ok, QApplication::activeWindow());
+    QMessageBox box(QApplication::activeWindow());
+    prepareMessageBox(box, text, title);
     box.exec();
+}
+
+void prepareConfirmBox(QMessageBox &box, const QString &text, const QString &title)
+{
+    prepareMessageBox(box, text, title);
+    box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+    box.setDefaultButton(QMessageBox::No);
 }
 
 bool QtDialogs::confirm(const QString &text, const QString &title)
 {
-    QMessageBox box(QMessageBox::NoIcon, title.isEmpty() ? Latin1::toQString(AppInfo::kTitle) : title, text,
-                    QMessageBox::Yes | QMessageBox::No, QApplication::activeWindow());
-    box.setDefaultButton(QMessageBox::No);
+    QMessageBox box(QApplication::activeWindow());
+    prepareConfirmBox(box, text, title);
     return box.exec() == QMessageBox::Yes;
+}
+
+QPushButton *prepareNoticeBox(QMessageBox &box, const QString &text)
+{
+    prepareMessageBox(box, text, {});
+    QPushButton *reopen = box.addButton(readAsGameButtonText(), QMessageBox::ActionRole);
+    box.setDefaultButton(QMessageBox::Ok);
+    return reopen;
 }
 
 bool QtDialogs::noticeOfferingGameReading(const QString &text)
 {
-    QMessageBox box(QMessageBox::NoIcon, Latin1::toQString(AppInfo::kTitle), text, QMessageBox::Ok,
-                    QApplication::activeWindow());
-    QPushButton *reopen = box.addButton(readAsGameButtonText(), QMessageBox::ActionRole);
-    box.setDefaultButton(QMessageBox::Ok);
+    QMessageBox box(QApplication::activeWindow());
+    QPushButton *reopen = prepareNoticeBox(box, text);
     box.exec();
     return box.clickedButton() == reopen;
 }
 
-bool QtDialogs::replaceChangedFile(const QString &text)
+QPushButton *prepareReplaceBox(QMessageBox &box, const QString &text)
 {
-    QMessageBox box(QMessageBox::Warning, Latin1::toQString(AppInfo::kTitle), text, QMessageBox::NoButton,
-                    QApplication::activeWindow());
+    prepareMessageBox(box, text, {});
+    box.setIcon(QMessageBox::Warning);
+    box.setStandardButtons(QMessageBox::NoButton);
     QPushButton *replace = box.addButton(QStringLiteral("&Replace"), QMessageBox::DestructiveRole);
     QPushButton *cancel = box.addButton(QMessageBox::Cancel);
     box.setDefaultButton(cancel);
     box.setEscapeButton(cancel);
+    return replace;
+}
+
+bool QtDialogs::replaceChangedFile(const QString &text)
+{
+    QMessageBox box(QApplication::activeWindow());
+    QPushButton *replace = prepareReplaceBox(box, text);
     box.exec();
     return box.clickedButton() == replace;
 }

@@ -13,6 +13,8 @@
 #include <QMessageBox>
 #include <QPushButton>
 
+#include <functional>
+
 // Records the questions these features add ("notice: ...", "replace? ...") with the messages.
 class AnsweringDialogs : public ScriptedDialogs
 {
@@ -343,8 +345,8 @@ private slots:
         QCOMPARE(window->cboActivation->currentText(), QStringLiteral("Normal"));
     }
 
-    // A first start says what to do first and does it; the unsaved-changes question's buttons have
-    // their access keys, and Escape cancels.
+    // A first start says what to do first and does it; every box has its buttons with their access
+    // keys, Enter presses the harmless one, and Escape cancels where there is something to cancel.
     void firstStartAndAccessKeys()
     {
         startWindow(false, true);
@@ -359,14 +361,32 @@ private slots:
         folder->cmdOK->click();
         QVERIFY(!window->fraFirstStart->isVisible());
 
-        QMessageBox box;
-        prepareSaveChangesBox(box, QStringLiteral("Save changes to Gun.wepn?"));
-        QStringList buttons;
-        for (const QAbstractButton *button : box.buttons())
-            buttons << button->text();
-        buttons.sort();
-        QCOMPARE(buttons, (QStringList{QStringLiteral("&Cancel"), QStringLiteral("&Discard"), QStringLiteral("&Save As...")}));
-        QCOMPARE(box.escapeButton()->text() + QLatin1Char(' ') + box.defaultButton()->text(), QStringLiteral("&Cancel &Save As..."));
+        // Each box as the editor shows it: icon, title, buttons, then the one Enter and the one Escape press.
+        const std::function<void(QMessageBox &)> boxes[] = {
+            [](QMessageBox &box) { prepareMessageBox(box, QStringLiteral("x"), {}); },
+            [](QMessageBox &box) { prepareMessageBox(box, QStringLiteral("x"), QStringLiteral("Missing familylist.lua")); },
+            [](QMessageBox &box) { prepareConfirmBox(box, QStringLiteral("x"), {}); },
+            [](QMessageBox &box) { prepareNoticeBox(box, QStringLiteral("x")); },
+            [](QMessageBox &box) { prepareReplaceBox(box, QStringLiteral("x")); },
+            [](QMessageBox &box) { prepareSaveChangesBox(box, QStringLiteral("x")); },
+        };
+        QStringList shown;
+        for (const auto &prepare : boxes) {
+            QMessageBox box;
+            prepare(box);
+            QStringList buttons;
+            for (const QAbstractButton *button : box.buttons())
+                buttons << button->text();
+            buttons.sort();
+            shown << QStringList{QString::number(box.icon()), box.windowTitle(), buttons.join(QLatin1Char(',')),
+                                 box.defaultButton() ? box.defaultButton()->text() : QString(),
+                                 box.escapeButton() ? box.escapeButton()->text() : QString()}.join(QLatin1Char('|'));
+        }
+        QCOMPARE(shown, (QStringList{QStringLiteral("0|Vantorel|OK||"), QStringLiteral("0|Missing familylist.lua|OK||"),
+                                     QStringLiteral("0|Vantorel|&No,&Yes|&No|"),
+                                     QStringLiteral("0|Vantorel|&Reopen as the Game Reads It,OK|OK|"),
+                                     QStringLiteral("2|Vantorel|&Replace,Cancel|Cancel|Cancel"),
+                                     QStringLiteral("2|Vantorel|&Cancel,&Discard,&Save As...|&Save As...|&Cancel")}));
     }
 };
 
