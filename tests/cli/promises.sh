@@ -31,6 +31,7 @@ printf '%s\r\n' "$(head -1 clean.wepn | tr -d '\r')" 'setAngles(NewWeaponType,10
   'setPenetration(NewWeaponType,5,1,' '{aBCDeFGHiJKLm=0.5,},' '{nOPQrSTUvWXYz=0.4,})' 'setAccuracy(NewWeaponType,1,' '{fIGHTER=0.5,})' >case.wepn
 for name in Mods/b.wepn Mods/A/z.WEPN Mods/B/y.wepn Mods/c.Wepn; do { [ "$name" = Mods/b.wepn ] || echo '-- note'; cat clean.wepn; } >"$name"; done
 echo 'not a script' >Mods/notes.txt
+ln -s A Mods/L # a link to a folder, not followed
 data=(--data-dir Data)
 failed=0
 
@@ -121,6 +122,9 @@ IN=clean.wepn row 0 '' @clean.wepn normalize "${data[@]}" -
 row 2 "vantorel-cli: --in-place cannot rewrite standard input ('-') $u" '' normalize --in-place "${data[@]}" -
 row 2 "vantorel-cli: standard input ('-') can be read only once $u" '' check "${data[@]}" - -
 IN=. row 1 '(standard input):0: error: cannot read the standard input: Is a directory' '' check "${data[@]}" -
+row 2 "vantorel-cli: table cannot read standard input ('-') $u" '' table "${data[@]}" -
+row 2 "vantorel-cli: set cannot read standard input ('-') $u" '' set "${data[@]}" - 'Firing Range=1'
+row 2 "vantorel-cli: diff cannot read standard input ('-') $u" '' diff "${data[@]}" - clean.wepn
 # --strict fails on any warning, also a single one, and on nothing else.
 row 1 '' "$m" check --strict "${data[@]}" mixed
 row 1 '' 'comments.wepn:1: warning: comment: a save drops it and the 2 other comments' check --strict --data-dir=Data comments.wepn
@@ -185,6 +189,8 @@ row 2 "vantorel-cli: diff needs OLD and NEW $u" '' diff "${vdata[@]}" stock.wepn
 row 2 'broken.wepn:2: error: unexpected symbol near <eof>' '' diff "${vdata[@]}" stock.wepn broken.wepn
 row 2 "vantorel-cli: diff compares two scripts or two folders, but Old is a folder and stock.wepn is not $u" '' diff "${vdata[@]}" Old stock.wepn
 row 2 "vantorel-cli: diff compares two scripts or two folders, but Old is a folder and stock.wepn is not $u" '' diff "${vdata[@]}" stock.wepn Old
+row 2 'vantorel-cli: empty: no .wepn file in this folder' 'Old/flak.wepn:0: only in Old
+Old/stock.wepn:0: only in Old' diff "${vdata[@]}" Old empty
 row 1 "New/var.wepn:0: error: cannot write the changes into the script's own text: Line 1: local variables are not modelled" '' \
   set "${vdata[@]}" New 'Blast Radius=1' --where 'Weapon Type=Gimble' --where 'Firing Range=4000'
 row 0 '' 'New/stock.wepn:2: Firing Range 5000 -> 1' set --dry-run "${vdata[@]}" New/stock.wepn 'Firing Range=1'
@@ -202,6 +208,12 @@ printf '%s\r\n%s' "$start" 'setAngles(NewWeaponType,30,0,0,0,0)' | cmp -s - one.
 ln -s Set/flak.wepn link.wepn && chmod 604 Set/flak.wepn
 row 0 '' 'link.wepn:18: Penetration: Alpha 3.5 -> 4' set "${vdata[@]}" link.wepn 'Penetration: Alpha=4'
 [ -L link.wepn ] && [ "$(stat -c %a Set/flak.wepn)" = 604 ] && grep -q 'Alpha = 4,' Set/flak.wepn || fail "set through a symlink"
+# A Latin-1 character beyond ASCII is one byte in the script, and in the line that reports it as
+# in show; a damage entry on a line of its own is reported on that line.
+cp stock.wepn latin.wepn && printf '%s\n' 'setAccuracy(NewWeaponType,0.3,' '{Fighter=0.7},' '{Corvette=0.2,' ' damage=0.25})' >damage.wepn
+row 0 '' $'latin.wepn:2: Weapon Effects File Beam_Ion -> Beam_\xb0' set "${vdata[@]}" latin.wepn 'Weapon Effects File=Beam_°'
+row 0 '' 'damage.wepn:4: Always Causes Damage: Corvette 0 -> 1' set "${vdata[@]}" damage.wepn 'Always Causes Damage: Corvette=1'
+grep -aq "\"Beam_$(printf '\xb0')\"" latin.wepn && grep -q '^ damage=1})$' damage.wepn || fail "a Latin-1 value or a damage entry"
 
 # A mod balanced through a table, each case in a folder of its own holding Mod/ (the two test
 # scripts) and Before/, a copy of it: a table applied unchanged, or respelled as spreadsheets
@@ -321,7 +333,7 @@ row 1 'vantorel-cli: empty: no .wepn file in this folder' '' normalize --in-plac
 for name in InPlace/b.wepn InPlace/A/z.WEPN InPlace/c.Wepn; do cmp -s "$name" clean.wepn || fail "$name not normalised"; done
 cmp -s InPlace/mixed.wepn "$fixtures/Mixed.normalized.wepn" || fail "InPlace/mixed.wepn not normalised"
 [ "$(stat -c %i%Y InPlace/b.wepn)" = "$(cat before)" ] || fail "a normalised script got a new file"
-[ "$(find InPlace | wc -l)" -eq 9 ] && cmp -s InPlace/notes.txt Mods/notes.txt || fail "other files in the folder changed"
+[ "$(find InPlace | wc -l)" -eq 10 ] && cmp -s InPlace/notes.txt Mods/notes.txt || fail "other files in the folder changed"
 
 # In place, one folder per row holding `in` (Mixed.wepn) and `out` (its normalised form): what the
 # rewrite does to FIFOs, symlinks, hard links, owners and modes, long names and unlistable folders.

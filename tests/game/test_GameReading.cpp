@@ -69,7 +69,10 @@ INSTANTIATE_TEST_SUITE_P(
              [](EditorDocument &d) { d.addResult({"Hit", "Push", "Target", 5, 10, ""}); }},
         Edit{"stock.wepn", "stock.result-removed.wepn", [](EditorDocument &d) { EXPECT_FALSE(d.removeResult(0)); }},
         Edit{"stock.wepn", "stock.family-added.wepn",
-             [](EditorDocument &d) { d.applyPenetration(7, "0.5"); }},
+             [](EditorDocument &d) {
+                 d.applyPenetration(7, "0.5");
+                 d.applyPenetration(3, "2"); // a digit in the name
+             }},
         Edit{"stock.wepn", "stock.damage.wepn", [](EditorDocument &d) { d.applyAccuracy(0, "0.7", true); }},
         Edit{"flak.wepn", "flak.family-added.wepn",
              [](EditorDocument &d) {

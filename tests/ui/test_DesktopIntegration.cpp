@@ -227,13 +227,13 @@ private slots:
     {
         start();
         qputenv("HOME", dir.path().toLocal8Bit()); // "~" is the temporary folder
-        for (const QString &key : {QStringLiteral("escape"), QStringLiteral("browse"), QStringLiteral("enter")}) {
+        for (const QString &key : {QStringLiteral("escape"), QStringLiteral("browse"), QStringLiteral("enter"), QStringLiteral("home")}) {
             window->DecompiledData->trigger();
             QPointer<frmDecompiledDataDir> dialog = window->directoryDialog();
             QVERIFY(dialog && QTest::qWaitForWindowExposed(dialog) && dialog->cmdOK->isDefault());
             QLabel *text = dialog->lblInstructions;
             QVERIFY(text->height() >= text->heightForWidth(text->width())); // nothing cut off
-            dialog->txtDataDir->setText(QStringLiteral("~/Data"));
+            dialog->txtDataDir->setText(key == QLatin1String("home") ? QStringLiteral("~") : QStringLiteral("~/Data"));
             if (key == QLatin1String("browse")) {
                 asking->folder = data + QStringLiteral("/Weapon");
                 QTest::mouseClick(dialog->cmdBrowse, Qt::LeftButton);
@@ -243,8 +243,8 @@ private slots:
             QTest::keyClick(dialog->txtDataDir, key == QLatin1String("escape") ? Qt::Key_Escape : Qt::Key_Return);
             QTRY_VERIFY(dialog.isNull());
             QVERIFY(window->isEnabled());
-            QCOMPARE(settings->value(kDataDirSetting).toString(),
-                     key == QLatin1String("browse") ? data + QStringLiteral("/Weapon") : data);
+            QCOMPARE(settings->value(kDataDirSetting).toString(), key == QLatin1String("browse") ? data + QStringLiteral("/Weapon")
+                                                                  : key == QLatin1String("home") ? dir.path() : data);
         }
     }
 
