@@ -55,20 +55,22 @@ if ! cmp -s "$dir/err" "$dir/expected"; then
     echo "2 passed, 1 failed: a failed replacement is not reported against its own script"
     exit 1
 fi
-# A script edited while its new content waits for the sync is left as it is (the edit kept), with a
-# line of its own.
-cp "$data/Mixed.wepn" "$dir/Gun.wepn" && : >"$dir/trace"
-strace -f -qq -o "$dir/trace" -e trace=fdatasync,syncfs -e inject=fdatasync,syncfs:delay_enter=1000000 \
-    "$cli" normalize --in-place --allow-changes --data-dir "$dir/Data" "$dir/Gun.wepn" 2>"$dir/err" &
-for _ in $(seq 500); do grep -q sync "$dir/trace" && break; sleep 0.01; done # the sync has begun
-echo '-- edited' >>"$dir/Gun.wepn"
-wait $! && exit 1
+# A script edited, given other permissions, or replaced by a file of the same size while its new
+# content waits for the sync is left as it is (the change kept), with a line of its own.
 printf '%s\n' "$dir/Gun.wepn:0: error: Cannot save '$dir/Gun.wepn': it changed after it was read, so it was left as it is" >"$dir/expected"
-if ! cmp -s "$dir/err" "$dir/expected" || ! { cat "$data/Mixed.wepn"; echo '-- edited'; } | cmp -s - "$dir/Gun.wepn"; then
-    diff "$dir/expected" "$dir/err"
-    echo "3 passed, 1 failed: a script edited during the run was replaced, or not reported"
-    exit 1
-fi
+for change in "echo '-- edited' >>Gun.wepn" 'chmod 600 Gun.wepn' 'cp Gun.wepn Other && mv Other Gun.wepn'; do
+    cp "$data/Mixed.wepn" "$dir/Gun.wepn" && chmod 644 "$dir/Gun.wepn" && : >"$dir/trace"
+    strace -f -qq -o "$dir/trace" -e trace=fdatasync,syncfs -e inject=fdatasync,syncfs:delay_enter=1000000 \
+        "$cli" normalize --in-place --allow-changes --data-dir "$dir/Data" "$dir/Gun.wepn" 2>"$dir/err" &
+    for _ in $(seq 500); do grep -q sync "$dir/trace" && break; sleep 0.01; done # the sync has begun
+    (cd "$dir" && sh -c "$change" && cp Gun.wepn Changed)
+    wait $! && exit 1
+    if ! cmp -s "$dir/err" "$dir/expected" || ! cmp -s "$dir/Changed" "$dir/Gun.wepn"; then
+        diff "$dir/expected" "$dir/err"
+        echo "3 passed, 1 failed: a script changed during the run ($change) was replaced, or not reported"
+        exit 1
+    fi
+done
 # A failed sync of the folder, after the rename: the script holds its new content, and the run
 # says that this content may not survive a power loss.
 cp "$data/Mixed.wepn" "$dir/Gun.wepn"
