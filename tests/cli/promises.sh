@@ -154,6 +154,7 @@ row 0 '' 'comments.wepn:1: warning: comment: a save drops it and the 2 other com
 printf '[Reading]\nReadScriptsAsTheGameDoes=true\n' >>config/Tarnwick/Tarnwick.conf
 row 1 '' "broken.wepn:2: error: unexpected symbol near <eof> (read as the game does, as the editor's stored setting in $tmp/config/Tarnwick/Tarnwick.conf says; --read=editor reads the editor's dialect)" check comments.wepn broken.wepn
 row 0 '' 'comments.wepn:1: warning: comment: a save drops it and the 2 other comments' check --read=editor comments.wepn
+row 1 "broken.wepn:2: error: unexpected symbol near <eof> (read as the game does, as the editor's stored setting in $tmp/config/Tarnwick/Tarnwick.conf says; --read=editor reads the editor's dialect)" '' normalize broken.wepn
 printf '[Directories]\nDecompiled_Data=%s/Data\n' "$tmp" >config/Tarnwick/Tarnwick.conf
 
 # The value commands: every value in the table's order, the table's last column, diff's scripts in
@@ -227,6 +228,8 @@ balance Table
 row 0 '' '' table "${vd[@]}" -o t.csv Mod
 bare t.csv | cmp -s - "$values/table.csv" || fail "table of Mod"
 row 0 '' @t.csv table "${vd[@]}" Mod/stock.wepn Mod/flak.wepn
+mkdir Order && cp Mod/stock.wepn Order/a.wepn && cp Mod/flak.wepn Order/b.wepn # the most results first
+row 0 '' "~^Path,.*,Result 2 Spawned FX,Script Fingerprint"$'\r$' table "${vd[@]}" Order
 sed 's/,0\.1,/,0.10,/; s/,2200,/,2.2E3,/' t.csv >same.csv && stat -c %i Mod/stock.wepn >inode
 row 0 '' '' apply "${vd[@]}" same.csv
 [ "$(stat -c %i Mod/stock.wepn)" = "$(cat inode)" ] || fail "a table without changes rewrote a script"
@@ -375,7 +378,7 @@ inplace UnlistableFolder 'mkdir -p F/ok F/shut F/zz && cp in F/ok/a.wepn && cp i
   1 'F/shut: cannot list the folder: Permission denied' 'cmp F/ok/a.wepn out && cmp F/zz/c.wepn out && cmp F/shut/b.wepn in' nobody -- F
 # A write that fails (here the file size limit) leaves the script as it was, with one line each.
 mkdir Limited && long=$(printf 'x%.0s' {1..8000}) && for name in a b; do { cat clean.wepn; echo "print(\"$long\")"; } >"Limited/$name.wepn"; done
-(failed=0 && ulimit -f 8 && row 1 '~^Limited/a.wepn:0: error: Cannot save' '' normalize --in-place "${data[@]}" Limited/a.wepn Limited/b.wepn \
+(failed=0 && ulimit -f 8 && row 1 '~^Limited/a.wepn:0: error: Cannot save .Limited/a.wepn. \(writing\): File too large$' '' normalize --in-place "${data[@]}" Limited/a.wepn Limited/b.wepn \
   && [ "$(wc -l <err)" -eq 2 ] && [ "$(ls -A Limited | wc -l)" -eq 2 ] && grep -q "$long" Limited/a.wepn && exit "$failed") \
   || fail "a failed in-place write"
 

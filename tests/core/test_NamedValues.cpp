@@ -74,12 +74,19 @@ TEST(NamedValuesTest, CellEditsAreCheckedAndEqualNumbersKeepTheValueHeld)
         {{"Fire Axis", "40000"}, "'40000' is beyond -32768 to 32767"},
         {{"Beam Pass-Thru Health", "3e9"}, "'3e9' is beyond -2147483648 to 2147483647"},
         {{"Accuracy: Frigate", "1.01"}, "'1.01' is outside 0 to 1"},
+        {{"Accuracy: Frigate", "-0.01"}, "'-0.01' is outside 0 to 1"},
+        {{"Fire Axis", "32768"}, "'32768' is beyond -32768 to 32767"},
+        {{"Fire Axis", "-32769"}, "'-32769' is beyond -32768 to 32767"},
+        // The limits themselves are taken.
+        {{"Accuracy: Frigate", "0"}, nullptr}, {{"Accuracy: Frigate", "1"}, nullptr}, {{"Fire Axis", "32767"}, nullptr},
+        {{"Fire Axis", "-32768"}, nullptr}, {{"Beam Pass-Thru Health", "2147483647"}, nullptr},
         {{"Always Causes Damage: Fighter", "x"}, "'x' is not a number"},
         {{"Result 1 Minimum Effect", "1,5"}, "'1,5' is not a number"},
     };
     for (const auto &[cell, error] : rows) {
         WeaponValues values = opened();
-        EXPECT_EQ(setCell(values, column(cell.first), cell.second), error) << cell.first;
+        EXPECT_EQ(setCell(values, column(cell.first), cell.second),
+                  error ? std::optional<std::string>(error) : std::nullopt) << cell.first << ' ' << cell.second;
     }
 
     WeaponValues values = opened();

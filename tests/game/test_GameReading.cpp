@@ -213,8 +213,9 @@ TEST(GameReading, ValuesTheDocumentCannotHoldAreKeptAndUnknownLuaIsToldOnOpen)
         {"setAngles(NewWeaponType,1,2,3,4,5)\nsetAngles(", "Line 2: unexpected symbol near <eof>"},
         {"StartWeaponConfig(NewWeaponType,\"A\",\"B\",\"C\",\"D\",\"fast\")",
          "Line 1: argument 5 of StartWeaponConfig is \"fast\", not a number"},
-        {"setAccuracy(NewWeaponType,1,{Alpha=1, damage=40000})",
-         "Line 1: the damage flag of family Alpha of setAccuracy is 40000, beyond -32768 to 32767"},
+        {"setAccuracy(NewWeaponType,1,{Alpha=1, damage=32768})",
+         "Line 1: the damage flag of family Alpha of setAccuracy is 32768, beyond -32768 to 32767"},
+        {"setAccuracy(NewWeaponType,1,{Alpha=1, damage=32767})\nsetPenetration(NewWeaponType,-2^31)", ""}, // the limits
         {"AddWeaponResult(NewWeaponType,5,\"Burn\",\"Target\",1,2,\"\")", "Line 1: argument 1 of AddWeaponResult is 5, not a text"},
         {"setPenetration(NewWeaponType,50,1,{Alpha=\"x\"})", "Line 1: family Alpha of setPenetration is \"x\", not a number"},
         {"setAngles(NewWeaponType,1,2,3,4,5)\nsetAngles(NewWeaponType,0/0)", "Line 2: argument 1 of setAngles is -nan, not a number"},

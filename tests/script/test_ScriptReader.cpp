@@ -110,7 +110,7 @@ TEST(ScriptReaderTest, FailedReadNamesTheLineTheStatementAndTheText)
          "Line 1: AddWeaponResult needs the condition, effect and target in double quotes but has 4 double quotes"},
         {"setPenetration(x,1,1,\n{Alpha=0.6},{Beta=0.5}",
          "Line 2: setPenetration value of family 'Alpha' is not a number: '0.6Beta'"},
-        {"setAccuracy(x,40000,", "Line 1: setAccuracy default accuracy is out of range (-32768 to 32767): '40000'"},
+        {"setAccuracy(x,32768,", "Line 1: setAccuracy default accuracy is out of range (-32768 to 32767): '32768'"},
         {"setAccuracy(x,1,\ndamage=1,\n{Alpha=1,})",
          "Line 2: setAccuracy damage line comes before the first entry: 'damage=1,'"},
         {"AddWeaponResult(x,\"Hit\",\"Push\",\"T\")",
@@ -143,7 +143,10 @@ TEST(ScriptReaderTest, FailedReadNamesTheLineTheStatementAndTheText)
          "statement's own line is not read; Settings > Read Scripts as the Game Does reads such scripts."},
         {"setPenetration(" + std::string(70, 'P'),
          "Line 1: setPenetration needs the shield penetration after the weapon name: 'setPenetration("
-         + std::string(45, 'P') + "...'"}};
+         + std::string(45, 'P') + "...'"},
+        {"setPenetration(" + std::string(45, 'P'), // 60 characters: shown whole
+         "Line 1: setPenetration needs the shield penetration after the weapon name: 'setPenetration("
+         + std::string(45, 'P') + "'"}};
     for (const auto &[bytes, message] : rows) {
         EditorDocument document = prepared();
         const ReadResult result = ReadWeaponScript(document, bytes);
