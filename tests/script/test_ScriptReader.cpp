@@ -54,7 +54,8 @@ TEST(ScriptReaderTest, SetAnglesIsReadOrKept)
         {"setAngles(x,1,2,3,4,5)\nlast", true, {"last"}},
         {"setAngles(x,9,9,9,9,9)\r\nsetAngles(x,1,2,3,4,5)", true, {}},
         {"AddWeaponResult(x,\"setAngles\",\"Push\",\"T\",1,2,\"\")\r\n" + kStart + " -- setAngles(x,9,9,9,9,9)", false, {}},
-        {"setAngle(x,1,2,3,4,5)", false, {"setAngle(x,1,2,3,4,5)"}}};
+        {"setAngle(x,1,2,3,4,5)", false, {"setAngle(x,1,2,3,4,5)"}},
+        {"setAngles(x,1," + std::string(64, '\n') + "2,3,4,5)", true, {}}}; // arguments over up to 64 more lines
     for (const auto &[bytes, read, kept] : rows) {
         EditorDocument document = prepared();
         ASSERT_TRUE(ReadWeaponScript(document, bytes).completed()) << bytes;
@@ -121,6 +122,7 @@ TEST(ScriptReaderTest, FailedReadNamesTheLineTheStatementAndTheText)
          "Line 1: AddWeaponResult with SpawnWeaponFire needs the spawned effect in double quotes but has 6 "
          "double quotes"},
         {"setAngles(x,1,2,3)", "Line 1: setAngles needs 5 numbers but has 3"},
+        {"setAngles(x,1," + std::string(65, '\n') + "2,3,4,5)", "Line 1: setAngles needs 5 numbers but has 2"},
         {"setAngles(x,1,2,3,4,5x)", "Line 1: setAngles up rotation is not a number: '5x'"},
         {"setMiscValues(x,1)", "Line 1: setMiscValues needs 2 numbers but has 1"},
         {"setMiscValues(x,1,y)", "Line 1: setMiscValues slave fire delay is not a number: 'y'"},
