@@ -122,7 +122,7 @@ private slots:
             if (auto *combo = window->findChild<QComboBox *>(name); combo && !combo->isEditable())
                 combo->setCurrentIndex(choices.takeFirst());
             else if (combo)
-                combo->setEditText(QStringLiteral("FX%1").arg(next++));
+                combo->setEditText(QStringLiteral("FX%1").arg(next++) + QChar(0xE9) + QChar(0xFF)); // Latin-1 bytes
             else
                 window->findChild<QLineEdit *>(name)->setText(QString::number(next++));
         }
