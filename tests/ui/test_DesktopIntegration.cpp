@@ -233,6 +233,11 @@ private slots:
             QVERIFY(dialog && QTest::qWaitForWindowExposed(dialog) && dialog->cmdOK->isDefault());
             QLabel *text = dialog->lblInstructions;
             QVERIFY(text->height() >= text->heightForWidth(text->width())); // nothing cut off
+            QCOMPARE(QStringList({dialog->windowTitle(), text->text(), dialog->cmdBrowse->text(), dialog->cmdOK->text()}),
+                     QStringList({QStringLiteral("Manage Directories"),
+                                  QStringLiteral("Please type in the location of your Korvath\\Data directory, e.g. C:\\Program "
+                                                 "Files\\Quellbrook\\Korvath\\Data, and then click OK."),
+                                  QStringLiteral("&Browse..."), QStringLiteral("&OK")}));
             dialog->txtDataDir->setText(key == QLatin1String("home") ? QStringLiteral("~") : QStringLiteral("~/Data"));
             if (key == QLatin1String("browse")) {
                 asking->folder = data + QStringLiteral("/Weapon");

@@ -354,6 +354,7 @@ private slots:
         QCOMPARE(window->fraFirstStart->findChild<QLabel *>(QStringLiteral("lblFirstStart"))->text(),
                  QStringLiteral("To begin, choose the game's unpacked data folder (the one holding Scripts and Weapon). "
                                 "Then open a weapon script with File > Open."));
+        QCOMPARE(window->cmdChooseDataFolder->text(), QStringLiteral("&Choose the Data Folder..."));
         QTest::mouseClick(window->cmdChooseDataFolder, Qt::LeftButton);
         QPointer<frmDecompiledDataDir> folder = window->directoryDialog();
         QVERIFY(folder);
