@@ -106,4 +106,16 @@ inject "$(saving 'naming the new file' 'Input/output error')" "$data/Mixed.wepn"
 inject '' "$data/Mixed.normalized.wepn" -e trace=linkat -e inject=linkat:error=ENOENT:when=1
 inject '' "$data/Mixed.normalized.wepn" -P "$dir" -e trace=openat -e inject=openat:error=EOPNOTSUPP:when=2
 grep -q 'O_TMPFILE.*INJECTED' "$dir/trace" || { cat "$dir/trace"; echo "$step passed, 1 failed: no unnamed file was refused"; exit 1; }
-echo "$step passed, 0 failed"
+# A run killed between naming its new file and the rename leaves it beside the script as
+# .vantorel-PID-N.tmp, and the script as it was; the next run in the folder removes it.
+cp "$data/Mixed.wepn" "$dir/Gun.wepn"
+strace -f -qq -o /dev/null -e trace=rename,renameat,renameat2 -e inject=rename,renameat,renameat2:signal=KILL \
+    "$cli" normalize --in-place --allow-changes --sync=each --data-dir "$dir/Data" "$dir/Gun.wepn" 2>/dev/null && exit 1
+left=$(ls -A "$dir" | grep '^\.vantorel-') && cmp -s "$dir/Gun.wepn" "$data/Mixed.wepn" || exit 1
+"$cli" normalize --in-place --allow-changes --data-dir "$dir/Data" "$dir/Gun.wepn" || exit 1
+if ! [[ $left =~ ^\.vantorel-[0-9]+-[0-9]+\.tmp$ ]] || ls -A "$dir" | grep -q '^\.vantorel-' \
+    || ! cmp -s "$dir/Gun.wepn" "$data/Mixed.normalized.wepn"; then
+    echo "$step passed, 1 failed: a killed run left '$left', or the next run did not clean up"
+    exit 1
+fi
+echo "$((step + 1)) passed, 0 failed"

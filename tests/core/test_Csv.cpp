@@ -8,9 +8,9 @@ using Fields = std::vector<std::string>;
 TEST(CsvTest, WritesRecordsWithCrLfAndQuotesOnlyWhereNeeded)
 {
     std::string out;
-    Csv::appendRecord(out, {"Path", "a,b", "say \"hi\"", "two\r\nlines", " padded", "", "1E-05"});
+    Csv::appendRecord(out, {"Path", "a,b", "say \"hi\"", "two\r\nlines", " padded", "Bullet ", "", "1E-05"});
     Csv::appendRecord(out, {""});
-    EXPECT_EQ(out, "Path,\"a,b\",\"say \"\"hi\"\"\",\"two\r\nlines\",\" padded\",,1E-05\r\n\r\n");
+    EXPECT_EQ(out, "Path,\"a,b\",\"say \"\"hi\"\"\",\"two\r\nlines\",\" padded\",\"Bullet \",,1E-05\r\n\r\n");
 }
 
 TEST(CsvTest, ReadsWhatSpreadsheetsWrite)

@@ -78,6 +78,11 @@ TEST(ScriptReaderTest, OnlyTheFirstPenetrationTableFillsFamilyEntriesInTheScript
               (std::vector<FamilyPenetration>{{"alpha", 0.6}, {"Be\tta", 2}, {"GAMMA", 0.5}}));
     EXPECT_EQ(document.lstArmorFamilies, (Strings{"alpha - 0.6", "Beta - N", "GAMMA - 0.5"}));
     EXPECT_EQ(leftovers(document), (Strings{"setPenetration(x,1,2,", "{Beta=9,})"}));
+
+    document = prepared(); // without the default penetration, which then is 1
+    document.fDefaultPenetration = 3;
+    ASSERT_TRUE(read(document, {"setPenetration(x,5)"}).completed());
+    EXPECT_EQ(std::make_pair(document.iFieldPenetration, document.fDefaultPenetration), std::make_pair(5, 1.0));
 }
 
 // Every read resets the tables; an abandoned one keeps the record and the earlier values.
