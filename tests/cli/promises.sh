@@ -122,6 +122,7 @@ IN=clean.wepn row 0 '' @clean.wepn normalize "${data[@]}" -
 row 2 "vantorel-cli: --in-place cannot rewrite standard input ('-') $u" '' normalize --in-place "${data[@]}" -
 row 2 "vantorel-cli: standard input ('-') can be read only once $u" '' check "${data[@]}" - -
 IN=. row 1 '(standard input):0: error: cannot read the standard input: Is a directory' '' check "${data[@]}" -
+truncate -s $((64 << 20 | 1)) zeros && IN=zeros row 1 '(standard input):0: error: cannot read the standard input: larger than 64 MiB, which no script is' '' check "${data[@]}" - && rm zeros
 row 2 "vantorel-cli: table cannot read standard input ('-') $u" '' table "${data[@]}" -
 row 2 "vantorel-cli: set cannot read standard input ('-') $u" '' set "${data[@]}" - 'Firing Range=1'
 row 2 "vantorel-cli: diff cannot read standard input ('-') $u" '' diff "${data[@]}" - clean.wepn
@@ -168,6 +169,12 @@ row 0 '' "@$values/stock.show.txt" show "${vdata[@]}" stock.wepn
 row 2 "vantorel-cli: show prints one script, but the FILE names 2 $u" '' show "${vdata[@]}" Old
 row 1 'broken.wepn:2: error: unexpected symbol near <eof>' '' show "${vdata[@]}" broken.wepn
 OUT=/dev/full row 1 'vantorel-cli: cannot write the standard output' '' show "${vdata[@]}" stock.wepn
+OUT=/dev/full row 1 'vantorel-cli: cannot write the standard output' '' table "${vdata[@]}" stock.wepn
+OUT=/dev/full row 1 'vantorel-cli: cannot write the standard output' '' set --dry-run "${vdata[@]}" stock.wepn 'Firing Range=1'
+OUT=/dev/full row 2 'vantorel-cli: cannot write the standard output' '' diff "${vdata[@]}" stock.wepn Old/flak.wepn
+row 1 "missing.wepn:0: error: Cannot read 'missing.wepn': No such file or directory" '' show "${vdata[@]}" missing.wepn
+row 1 "missing.wepn:0: error: Cannot read 'missing.wepn': No such file or directory" '' set "${vdata[@]}" missing.wepn 'Firing Range=1'
+row 1 "missing.csv:0: error: Cannot read 'missing.csv': No such file or directory" '' apply "${vdata[@]}" missing.csv
 row 2 "vantorel-cli: set needs at least one FILE $u" '' set "${vdata[@]}" 'Firing Range=1'
 row 2 "vantorel-cli: set needs at least one change, 'NAME=VALUE', 'NAME*=F' or 'NAME+=N' $u" '' set "${vdata[@]}" Old
 row 2 "vantorel-cli: --where 'Firing Range*=2': a condition is NAME=VALUE $u" '' set "${vdata[@]}" Old 'Firing Range=1' --where 'Firing Range*=2'
