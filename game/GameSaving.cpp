@@ -414,6 +414,19 @@ private:
         insertField(table, static_cast<std::size_t>(&family - table.fields.data()), std::move(damage));
     }
 
+    // Takes every damage entry out of a table; the entry before one ends as the damage entry ended,
+    // so that "{A=1; damage=1}" becomes "{A=1}" and not "{A=1;}".
+    static void removeDamage(Expression &table)
+    {
+        const auto isDamage = [](const Field &f) { return f.key && f.key->text == "damage"; };
+        for (auto damage = std::find_if(table.fields.begin(), table.fields.end(), isDamage);
+             damage != table.fields.end(); damage = std::find_if(table.fields.begin(), table.fields.end(), isDamage)) {
+            if (damage != table.fields.begin())
+                std::prev(damage)->separator = damage->separator;
+            table.fields.erase(damage);
+        }
+    }
+
     void insertField(Expression &table, std::size_t after, Field field)
     {
         Field &previous = table.fields[after];
@@ -484,7 +497,7 @@ private:
                 if (accuracy) {
                     Field *familyField = lastKeyed(copy, family);
                     if (*flag == 0)
-                        std::erase_if(copy.fields, [](const Field &f) { return f.key && f.key->text == "damage"; });
+                        removeDamage(copy);
                     else
                         setDamage(copy, *familyField, *flag, {});
                 }

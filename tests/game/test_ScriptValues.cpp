@@ -63,6 +63,10 @@ TEST(ScriptValuesTest, SavesChangedAddedAndRemovedValuesInTheScriptsOwnText)
         // Entries taken out of tables on one line and over several, first, last and with a flag.
         {"values/tables.wepn", "values/tables.edited.wepn",
          {{"Penetration: ResArmour", ""}, {"Penetration: Alpha", ""}, {"Accuracy: Corvette", ""}, {"Accuracy: Beta", ""}}},
+        // Families added to a table of several on one line, in its spacing and separators.
+        {"values/joined.wepn", "values/joined.edited.wepn",
+         {{"Penetration: Alpha", "1.5"}, {"Accuracy: Corvette", "0.2"}, {"Always Causes Damage: Corvette", "1"},
+          {"Accuracy: Beta", "0.5"}, {"Always Causes Damage: Beta", "0"}}},
     };
     for (const Edit &edit : edits) {
         ScriptValues::Opened opened = open(dataFile(edit.input));
