@@ -26,6 +26,8 @@ TEST(GameView, RecordsEveryCallWithItsLineAndEvaluatedArguments)
     EXPECT_EQ(run.calls[2].line, 5);
     EXPECT_EQ(GameView::valueText(run.calls[2].arguments[1]), "\"Fast\"");
     EXPECT_EQ(GameView::valueText(run.calls[2].arguments[3]), "true");
+    // A long script's calls are all recorded, up to 20,000.
+    EXPECT_EQ(GameView::RunScript("for i = 1, 19999 do setFoo(NewWeaponType, i) end").calls.size(), 19999u);
 }
 
 struct Refused

@@ -67,6 +67,9 @@ TEST(ScriptValuesTest, SavesChangedAddedAndRemovedValuesInTheScriptsOwnText)
         {"values/joined.wepn", "values/joined.edited.wepn",
          {{"Penetration: Alpha", "1.5"}, {"Accuracy: Corvette", "0.2"}, {"Always Causes Damage: Corvette", "1"},
           {"Accuracy: Beta", "0.5"}, {"Always Causes Damage: Beta", "0"}}},
+        // A family without the damage flag joins a table of several without one; with it, a table of its own.
+        {"values/joined-several.wepn", "values/joined-several.edited.wepn",
+         {{"Accuracy: Alpha", "0.5"}, {"Accuracy: Beta", "0.25"}, {"Always Causes Damage: Beta", "1"}}},
     };
     for (const Edit &edit : edits) {
         ScriptValues::Opened opened = open(dataFile(edit.input));
