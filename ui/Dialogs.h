@@ -93,3 +93,7 @@ void prepareSaveChangesBox(QMessageBox &box, const QString &text);
 void prepareFileDialog(QFileDialog &dialog, const QString &filter);
 // The open dialog as File > Open shows it: folder, filter and the name box's first text.
 void prepareOpenDialog(QFileDialog &dialog, const QString &folder, const QString &filter, const QString &initialName);
+// The save dialog as Save As shows it: a new or existing file, replaced without the dialog's own question.
+void prepareSaveDialog(QFileDialog &dialog, const QString &proposedPath, const QString &filter);
+// The folder dialog of Browse...: folders only.
+void prepareFolderDialog(QFileDialog &dialog, const QString &start);

@@ -102,14 +102,19 @@ std::optional<QString> QtDialogs::openFile(const QString &folder, const QString 
     return dialog.selectedFiles().constFirst();
 }
 
-std::optional<QString> QtDialogs::saveFile(const QString &proposedPath, const QString &filter)
+void prepareSaveDialog(QFileDialog &dialog, const QString &proposedPath, const QString &filter)
 {
-    QFileDialog dialog(QApplication::activeWindow());
     prepareFileDialog(dialog, filter);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
     dialog.selectFile(proposedPath);
+}
+
+std::optional<QString> QtDialogs::saveFile(const QString &proposedPath, const QString &filter)
+{
+    QFileDialog dialog(QApplication::activeWindow());
+    prepareSaveDialog(dialog, proposedPath, filter);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return std::nullopt;
     return dialog.selectedFiles().constFirst();
@@ -136,11 +141,19 @@ Dialogs::SaveChoice QtDialogs::askSaveChanges(const QString &text)
     return box.buttonRole(box.clickedButton()) == QMessageBox::DestructiveRole ? SaveChoice::Discard : SaveChoice::Cancel;
 }
 
+void prepareFolderDialog(QFileDialog &dialog, const QString &start)
+{
+    dialog.setOption(QFileDialog::DontUseNativeDialog);
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly);
+    dialog.setDirectory(start);
+}
+
 std::optional<QString> QtDialogs::chooseFolder(const QString &start)
 {
-    const QString folder = QFileDialog::getExistingDirectory(QApplication::activeWindow(), QString(), start,
-                                                             QFileDialog::ShowDirsOnly | QFileDialog::DontUseNativeDialog);
-    if (folder.isEmpty())
+    QFileDialog dialog(QApplication::activeWindow());
+    prepareFolderDialog(dialog, start);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return std::nullopt;
-    return folder;
+    return dialog.selectedFiles().constFirst();
 }

@@ -71,6 +71,7 @@ u='(see vantorel-cli --help)'
 usage=$fixtures/../../data/cli/usage.txt
 row 2 "@$usage" ''
 row 0 '' "@$usage" --help
+row 0 '' "@$usage" -h
 row 0 '' '~^Usage:' check --help
 row 0 '' '~^Usage:' normalize --in-place --data-dir Data --help
 row 0 '' 'vantorel-cli 1.4.3' --version
@@ -89,6 +90,7 @@ row 2 "vantorel-cli: normalize without --in-place writes one script to standard 
 row 2 "vantorel-cli: show needs one FILE $u" '' show "${data[@]}"
 row 2 "vantorel-cli: show needs one FILE $u" '' show "${data[@]}" clean.wepn comments.wepn
 row 2 "vantorel-cli: apply needs one TABLE.csv $u" '' apply "${data[@]}"
+row 2 "vantorel-cli: apply needs one TABLE.csv $u" '' apply "${data[@]}" a.csv b.csv
 row 2 "vantorel-cli: diff needs OLD and NEW $u" '' diff "${data[@]}"
 row 2 "vantorel-cli: -o needs a file $u" '' table "${data[@]}" clean.wepn -o
 row 2 "vantorel-cli: --where needs 'NAME=VALUE' $u" '' set "${data[@]}" clean.wepn 'Firing Range=1' --where
@@ -382,6 +384,9 @@ done
 [ "$(id -u)" -eq 0 ] && inplace OwnerNotKept 'cp in a.wepn && chmod 777 .' 1 \
   "a.wepn:0: error: Cannot save 'a.wepn' (keeping the owner and group): Operation not permitted" 'cmp a.wepn in && test "$(ls -A | wc -l)" -eq 3' nobody -- a.wepn
 inplace LongName "cp in $long" 0 '' "cmp out $long" -- "$long"
+# Under a umask that would mask some of them, the script's permission bits are still kept.
+(umask 027 && inplace Umask 'cp in a.wepn && chmod 644 a.wepn' 0 '' 'cmp a.wepn out && test "$(stat -c %a a.wepn)" = 644' -- a.wepn \
+  && exit "$failed") || fail "a script's permission bits under umask 027"
 # Folders before and after the one that cannot be listed are still rewritten.
 inplace UnlistableFolder 'mkdir -p F/ok F/shut F/zz && cp in F/ok/a.wepn && cp in F/shut/b.wepn && cp in F/zz/c.wepn && chmod 000 F/shut && { chown -R 65534:65534 F/ok F/zz 2>/dev/null; true; }' \
   1 'F/shut: cannot list the folder: Permission denied' 'cmp F/ok/a.wepn out && cmp F/zz/c.wepn out && cmp F/shut/b.wepn in' nobody -- F

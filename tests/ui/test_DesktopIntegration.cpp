@@ -50,10 +50,13 @@ class TestDesktopIntegration : public WindowTest
         QVERIFY(QTest::qWaitForWindowExposed(window.get()));
     }
     // Onto the window, or onto a text field, which leaves a dropped file to the window.
-    void drop(const QString &path, QObject *target = nullptr)
+    void drop(const QStringList &paths, QObject *target = nullptr)
     {
         QMimeData mime;
-        mime.setUrls({QUrl::fromLocalFile(path)});
+        QList<QUrl> urls;
+        for (const QString &path : paths)
+            urls << QUrl::fromLocalFile(path);
+        mime.setUrls(urls);
         QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
         QDropEvent event(QPointF(10, 10), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
         target = target ? target : window.get();
@@ -73,6 +76,7 @@ private slots:
                                            << "'%1/notes.txt' is not a weapon script: only .wepn files can be opened." << started;
         QTest::newRow("dropped script") << true << "GUN.WEPN" << "" << "Vantorel v1.4 - GUN.WEPN";
         QTest::newRow("dropped onto a field") << true << "GUN.WEPN" << "" << "Vantorel v1.4 - GUN.WEPN";
+        QTest::newRow("two dropped, the first opened") << true << "GUN.WEPN" << "" << "Vantorel v1.4 - GUN.WEPN";
         QTest::newRow("argument, no game folder") << false << "GUN.WEPN"
             << "The folder '%1/Data/Scripts/Weaponfire' does not exist.\n\nChoose the game's data folder with "
                "Settings > Manage Directories > Decompiled Data." << started;
@@ -88,8 +92,11 @@ private slots:
         writeFile(dir.filePath(QStringLiteral("notes.txt")), "text");
         if (QLatin1String(QTest::currentDataTag()) == QLatin1String("argument, no game folder"))
             QVERIFY(QDir(data + QStringLiteral("/Scripts/Weaponfire")).removeRecursively());
-        const bool ontoField = QLatin1String(QTest::currentDataTag()) == QLatin1String("dropped onto a field");
-        dropped ? drop(dir.filePath(file), ontoField ? window->txtFiringArc : nullptr)
+        const QLatin1String tag(QTest::currentDataTag());
+        QStringList paths{dir.filePath(file)};
+        if (tag == QLatin1String("two dropped, the first opened"))
+            paths << dir.filePath(QStringLiteral("notes.txt"));
+        dropped ? drop(paths, tag == QLatin1String("dropped onto a field") ? window->txtFiringArc : nullptr)
                 : void(window->OpenPath(dir.filePath(file)));
         QCOMPARE(dialogs->messages, message.isEmpty() ? QStringList() : QStringList{message.arg(dir.path())});
         QCOMPARE(window->windowTitle(), caption);
@@ -144,7 +151,7 @@ private slots:
         if (action == QLatin1String("close") || action == QLatin1String("exit"))
             action == QLatin1String("close") ? void(window->close()) : window->Exit->trigger();
         else
-            action == QLatin1String("open") ? window->Open->trigger() : drop(weapon(QStringLiteral("IonBeam")));
+            action == QLatin1String("open") ? window->Open->trigger() : drop({weapon(QStringLiteral("IonBeam"))});
 
         QCOMPARE(asking->asked, QStringList{QStringLiteral("Save changes to SwarmMissile.wepn?")});
         QVERIFY(dialogs->answers.isEmpty()); // every file dialog expected came
@@ -231,6 +238,13 @@ private slots:
             window->DecompiledData->trigger();
             QPointer<frmDecompiledDataDir> dialog = window->directoryDialog();
             QVERIFY(dialog && QTest::qWaitForWindowExposed(dialog) && dialog->cmdOK->isDefault());
+            QStringList tabbed; // from the path field: Browse..., then OK
+            dialog->txtDataDir->setFocus();
+            for (int i = 0; i < 2; ++i) {
+                QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+                tabbed << QApplication::focusWidget()->objectName();
+            }
+            QCOMPARE(tabbed, QStringList({QStringLiteral("cmdBrowse"), QStringLiteral("cmdOK")}));
             QLabel *text = dialog->lblInstructions;
             QVERIFY(text->height() >= text->heightForWidth(text->width())); // nothing cut off
             QCOMPARE(QStringList({dialog->windowTitle(), text->text(), dialog->cmdBrowse->text(), dialog->cmdOK->text()}),
@@ -293,6 +307,12 @@ private slots:
         QFileDialog dialog;
         prepareOpenDialog(dialog, data, scriptFileFilter(), QStringLiteral("*.wepn"));
         QCOMPARE(dialog.findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->text(), QStringLiteral("*.wepn"));
+        QFileDialog save, folder;
+        prepareSaveDialog(save, dir.filePath(QStringLiteral("Gun.wepn")), scriptFileFilter());
+        prepareFolderDialog(folder, data);
+        QVERIFY(save.acceptMode() == QFileDialog::AcceptSave && save.fileMode() == QFileDialog::AnyFile);
+        QVERIFY(save.testOption(QFileDialog::DontConfirmOverwrite)); // the editor's own questions only
+        QVERIFY(folder.fileMode() == QFileDialog::Directory && folder.testOption(QFileDialog::ShowDirsOnly));
     }
 };
 

@@ -239,6 +239,8 @@ private slots:
         stepped("&Undo Penetration Apply");
         QTest::mouseClick(w.chkAlwaysDMG, Qt::LeftButton);
         stepped("&Undo Always Causes Damage");
+        retype(w.txtAccuracy, QStringLiteral("0.5"));
+        stepped("&Undo Accuracy Value");
         QTest::mouseClick(w.cmdAccApply, Qt::LeftButton);
         stepped("&Undo Accuracy Apply");
         QTest::keyClick(w.cboEffect, Qt::Key_End); // SpawnWeaponFire sets both effects to 0 in the same step
@@ -249,7 +251,7 @@ private slots:
         stepped("&Undo Remove");
         QCOMPARE(states.last(), QStringLiteral(
             "Hit - SpawnWeaponFire - 0 - 0 - @-1;Unarmoured - 0|LightArmour - 3|MediumArmour - 0|HeavyArmour - 0|ShieldedHull - 0@1;"
-            "Fighter - 1 - 0|Corvette - 1 - 0|Frigate - 1 - 1|Capital - 1 - 0|Utility - 1 - 0@2;30;0;0;3;1;SparksX;1;SpawnWeaponFire;ticked;modified"));
+            "Fighter - 1 - 0|Corvette - 1 - 0|Frigate - 0.5 - 1|Capital - 1 - 0|Utility - 1 - 0@2;30;0;0;3;0.5;SparksX;1;SpawnWeaponFire;ticked;modified"));
 
         // Ctrl+Z in a text field is the window's undo.
         QTest::keyClick(w.txtFiringArc, Qt::Key_Z, Qt::ControlModifier);
