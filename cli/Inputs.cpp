@@ -14,7 +14,6 @@
 #include "TextPieces.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <filesystem>
 #include <system_error>
 
@@ -30,22 +29,11 @@ std::optional<std::string> readInput(const std::string &path, std::string &bytes
 {
     if (path != "-")
         return AtomicFile::read(path, bytes, seen, keep);
-    // Read with the system call itself: a stream turns a failed read (standard input redirected
+    // Read from the descriptor itself: a stream turns a failed read (standard input redirected
     // from a folder, say) into an end of file, and the input would pass for an empty script.
-    bytes.clear();
-    char buffer[65536];
-    for (;;) {
-        const ssize_t count = ::read(STDIN_FILENO, buffer, sizeof buffer);
-        if (count == 0)
-            return std::nullopt;
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return "cannot read the standard input: " + std::system_category().message(errno);
-        if (bytes.size() + static_cast<std::size_t>(count) > AtomicFile::kReadLimit)
-            return std::string("cannot read the standard input: larger than 64 MiB, which no script is");
-        bytes.append(buffer, static_cast<std::size_t>(count));
-    }
+    if (const auto reason = AtomicFile::readAll(STDIN_FILENO, bytes))
+        return "cannot read the standard input: " + *reason;
+    return std::nullopt;
 }
 
 namespace {

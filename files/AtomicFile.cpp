@@ -420,15 +420,26 @@ std::optional<std::string> read(const std::string &path, std::string &bytes, See
     }
     remember(info, target, seen);
 
+    if (std::optional<std::string> reason = readAll(fd, bytes, static_cast<std::size_t>(info.st_size))) {
+        ::close(fd);
+        return failure(*reason);
+    }
+    if (keep)
+        seen.handle = fd;
+    else
+        ::close(fd);
+    return std::nullopt;
+}
+
+std::optional<std::string> readAll(int fd, std::string &bytes, std::size_t sizeHint)
+{
     // The size is a hint: a file may grow while it is read, and some report none.
     std::size_t length = 0;
-    bytes.resize(static_cast<std::size_t>(info.st_size) + 1);
+    bytes.resize(sizeHint + 1);
     for (;;) {
         if (length == bytes.size()) {
-            if (length > kReadLimit) {
-                ::close(fd);
-                return failure("larger than 64 MiB, which no script is");
-            }
+            if (length > kReadLimit)
+                return std::string("larger than 64 MiB, which no script is");
             bytes.resize(std::min(std::max<std::size_t>(2 * length, 4096), kReadLimit + 1));
         }
         const ssize_t count = ::read(fd, bytes.data() + length, bytes.size() - length);
@@ -437,20 +448,14 @@ std::optional<std::string> read(const std::string &path, std::string &bytes, See
         if (count < 0) {
             if (errno == EINTR)
                 continue;
-            const int error = errno;
-            ::close(fd);
-            return failure(systemReason(error));
+            return systemReason(errno);
         }
         length += static_cast<std::size_t>(count);
         // A regular file that gives less than was asked for is at its end. Should it grow, a
         // replacement notices the new size and leaves it alone.
-        if (length < bytes.size() && length == static_cast<std::size_t>(info.st_size))
+        if (length < bytes.size() && length == sizeHint)
             break;
     }
-    if (keep)
-        seen.handle = fd;
-    else
-        ::close(fd);
     bytes.resize(length);
     return std::nullopt;
 }

@@ -43,6 +43,9 @@ std::optional<std::string> read(const std::string &path, std::string &bytes);
 // closing the last handle of a replaced file frees it, which may take long, and need not happen
 // on the thread that replaces files.
 std::optional<std::string> read(const std::string &path, std::string &bytes, Seen &seen, bool keep = false);
+// Everything a descriptor gives up to its end (a file, standard input), where sizeHint is the
+// likely size; the reason when a read fails or it gives more than kReadLimit bytes.
+std::optional<std::string> readAll(int fd, std::string &bytes, std::size_t sizeHint = 0);
 
 // Saves the bytes as the file at path, created when missing.
 std::optional<std::string> write(const std::string &path, std::string_view bytes);
