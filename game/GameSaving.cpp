@@ -419,11 +419,12 @@ private:
     static void removeDamage(Expression &table)
     {
         const auto isDamage = [](const Field &f) { return f.key && f.key->text == "damage"; };
-        for (auto damage = std::find_if(table.fields.begin(), table.fields.end(), isDamage);
-             damage != table.fields.end(); damage = std::find_if(table.fields.begin(), table.fields.end(), isDamage)) {
+        auto damage = std::find_if(table.fields.begin(), table.fields.end(), isDamage);
+        while (damage != table.fields.end()) {
             if (damage != table.fields.begin())
                 std::prev(damage)->separator = damage->separator;
-            table.fields.erase(damage);
+            damage = table.fields.erase(damage);
+            damage = std::find_if(damage, table.fields.end(), isDamage);
         }
     }
 
