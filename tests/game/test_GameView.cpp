@@ -30,6 +30,21 @@ TEST(GameView, RecordsEveryCallWithItsLineAndEvaluatedArguments)
     EXPECT_EQ(GameView::RunScript("for i = 1, 19999 do setFoo(NewWeaponType, i) end").calls.size(), 19999u);
 }
 
+// The limits stop hostile scripts only: a script that comes near each one still runs.
+TEST(GameView, RunsScriptsJustWithinEachLimit)
+{
+    for (const char *script : {
+             "for i = 1, 900000 do end setAngles(NewWeaponType)",                              // instructions
+             "local s = 'x' for i = 1, 22 do s = s .. s end setAngles(NewWeaponType)",          // 4 MB held
+             "local function f(n) if n == 0 then return 0 end return 1 + f(n - 1) end\n"
+             "setAngles(NewWeaponType, f(9900))",                                                // nesting
+             "local s = 'x' for i = 1, 20 do s = s .. s end setAngles(NewWeaponType, s .. s .. s)"}) { // 3 MB passed
+        const GameView::Run run = GameView::RunScript(script);
+        EXPECT_TRUE(run.ok) << script << ": " << run.reason;
+        EXPECT_EQ(run.calls.size(), 1u) << script;
+    }
+}
+
 struct Refused
 {
     const char *name;
