@@ -65,8 +65,54 @@ private slots:
         QCOMPARE(w.findChildren<QGroupBox *>().size(), 6);
         for (QGroupBox *frame : w.findChildren<QGroupBox *>())
             QVERIFY2(!frame->isEnabled(), qPrintable(frame->objectName()));
-        QCOMPARE(w.fraRotations->title(), QStringLiteral("Firing Cone and Turret Rotation"));
         QCOMPARE(w.lblBurstShots->text(), QStringLiteral("Burst Shots:"));
+    }
+
+    // Each frame and what it holds, top to bottom: places and sizes in twips within the frame (a
+    // pixel is 15), captions, tips and colours (text/background), against the form's description.
+    void formAsDescribed()
+    {
+        const auto at = [](const QWidget *w, bool height) {
+            const QRect r = w->geometry();
+            return QStringLiteral("%1,%2 ").arg(r.x() * 15).arg(r.y() * 15)
+                + (height ? QStringLiteral("%1x%2").arg(r.width() * 15).arg(r.height() * 15)
+                          : QStringLiteral("w%1").arg(r.width() * 15));
+        };
+        const auto colours = [](const QWidget *w, QPalette::ColorRole text, QPalette::ColorRole back) {
+            const QPalette &p = w->palette();
+            return QString(p.color(QPalette::Active, text).name() + QLatin1Char('/') + p.color(QPalette::Active, back).name())
+                .remove(u'#')
+                .toUpper();
+        };
+        const auto byPlace = [](const QWidget *a, const QWidget *b) {
+            return std::pair(a->x(), a->y()) < std::pair(b->x(), b->y());
+        };
+        QList<QGroupBox *> frames = window->findChildren<QGroupBox *>();
+        std::sort(frames.begin(), frames.end(), byPlace);
+        QStringList shown;
+        for (const QGroupBox *frame : frames) {
+            shown << frame->objectName() + QStringLiteral(" \"%1\" ").arg(frame->title()) + at(frame, true)
+                    + QLatin1Char(' ') + colours(frame, QPalette::WindowText, QPalette::WindowText).left(6);
+            QList<QWidget *> inside = frame->findChildren<QWidget *>(Qt::FindDirectChildrenOnly);
+            std::sort(inside.begin(), inside.end(), [](const QWidget *a, const QWidget *b) {
+                return std::pair(a->y(), a->x()) < std::pair(b->y(), b->x());
+            });
+            for (const QWidget *w : inside) {
+                const QString tip = QStringLiteral(" tip \"%1\"").arg(w->toolTip());
+                if (const auto *label = qobject_cast<const QLabel *>(w))
+                    shown << QStringLiteral("  label \"%1\" ").arg(label->text()) + at(w, false) + tip + QLatin1Char(' ')
+                            + colours(w, QPalette::WindowText, QPalette::Window) + (w->isEnabledTo(frame) ? QString() : QStringLiteral(" off"));
+                else if (const auto *button = qobject_cast<const QAbstractButton *>(w))
+                    shown << QStringLiteral("  %1 \"%2\" ").arg(w->objectName(), button->text())
+                            + at(w, !qobject_cast<const QCheckBox *>(w)) + tip;
+                else if (!w->objectName().isEmpty())
+                    shown << QStringLiteral("  %1 ").arg(w->objectName()) + at(w, true) + QLatin1Char(' ')
+                            + colours(w, QPalette::Text, QPalette::Base) + (w->font().bold() ? QStringLiteral(" bold") : QString());
+            }
+        }
+        QCOMPARE(shown.join(QLatin1Char('\n')) + QLatin1Char('\n'), QString::fromUtf8(fileBytes(testData("ui/form.txt"))));
+        QCOMPARE(QStringList({window->font().family(), QString::number(window->font().pointSizeF())}),
+                 QStringList({QStringLiteral("MS Sans Serif"), QStringLiteral("8.25")}));
     }
 
     void tabOrder()
