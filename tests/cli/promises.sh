@@ -224,6 +224,8 @@ cp stock.wepn latin.wepn && printf '%s\n' 'setAccuracy(NewWeaponType,0.3,' '{Fig
 row 0 '' $'latin.wepn:2: Weapon Effects File Beam_Ion -> Beam_\xb0' set "${vdata[@]}" latin.wepn 'Weapon Effects File=Beam_°'
 row 0 '' 'damage.wepn:4: Always Causes Damage: Corvette 0 -> 1' set "${vdata[@]}" damage.wepn 'Always Causes Damage: Corvette=1'
 grep -aq "\"Beam_$(printf '\xb0')\"" latin.wepn && grep -q '^ damage=1})$' damage.wepn || fail "a Latin-1 value or a damage entry"
+# Only control characters are dropped from a text when it is compared: a blank is a change.
+row 0 '' $'latin.wepn:2: Weapon Effects File Beam_\xb0 -> Beam_ \xb0' set "${vdata[@]}" latin.wepn 'Weapon Effects File=Beam_ °'
 
 # A mod balanced through a table, each case in a folder of its own holding Mod/ (the two test
 # scripts) and Before/, a copy of it: a table applied unchanged, or respelled as spreadsheets

@@ -196,6 +196,9 @@ TEST(GameReading, ValuesTheDocumentCannotHoldAreKeptAndUnknownLuaIsToldOnOpen)
         {"setPenetration(NewWeaponType,5)", [](EditorDocument &d) { d.applyPenetration(0, "0.5"); }},
         {"\nAddWeaponResult(NewWeaponType,\"Hit\",\"Push\",\"Target\",1)",
          [](EditorDocument &d) { d.applyResult(0, {"Hit", "Push", "Target", 1, 9, ""}); }},
+        // Family lists that another Open reloaded meanwhile, with other names or another length.
+        {"setAngles(NewWeaponType,25)", [](EditorDocument &d) { d.FamilyPenetrations[0].sFamily = "Zeta"; }},
+        {"setAngles(NewWeaponType,25)", [](EditorDocument &d) { d.FamilyAccuracies.pop_back(); }},
     };
     std::vector<std::string> problems;
     for (const auto &[script, edit] : noPlace) {
@@ -207,7 +210,9 @@ TEST(GameReading, ValuesTheDocumentCannotHoldAreKeptAndUnknownLuaIsToldOnOpen)
     EXPECT_EQ(problems, (std::vector<std::string>{
                             "Line 1: setAngles has no argument 5 to hold the change",
                             "Line 1: family PlanetKillerArmour of setPenetration: the statement has too few arguments to take a table",
-                            "Line 2: AddWeaponResult has no argument 5 to hold the change"}));
+                            "Line 2: AddWeaponResult has no argument 5 to hold the change",
+                            "the family lists changed since the script was opened",
+                            "the family lists changed since the script was opened"}));
 
     const Row refused[] = {
         {"setAngles(NewWeaponType,1,2,3,4,5)\nsetAngles(", "Line 2: unexpected symbol near <eof>"},
