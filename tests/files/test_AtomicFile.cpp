@@ -187,6 +187,13 @@ TEST_F(AtomicFileTest, ReplacesOnlyTheFileThatWasRead)
         EXPECT_EQ(fs::exists(target) ? contentOf(target) : "-", row.after) << row.change;
         EXPECT_EQ(namesIn(folder).size(), fs::exists(target) ? 1u : 0u) << row.change;
     }
+    // A new file never replaces one that another program made at the last moment.
+    static const fs::path *made = &target;
+    fs::remove(target);
+    AtomicFile::stepHook = [](std::string_view step) { step == "replace" && std::ofstream(*made) << "other"; };
+    EXPECT_EQ(AtomicFile::write(target.string(), "new"), "Cannot save '" + target.string() + "' (replacing the file): File exists");
+    AtomicFile::stepHook = nullptr;
+    EXPECT_EQ(contentOf(target), "other");
 }
 
 TEST_F(AtomicFileTest, ReadsOnlyRegularFilesOfScriptSize)
