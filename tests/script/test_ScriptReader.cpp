@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 
 using Strings = std::vector<std::string>;
 
@@ -109,57 +110,23 @@ TEST(ScriptReaderTest, AbandonedReadKeepsTheRecordAndTheResetDocument)
 // A line the reader cannot take fails the read, naming the line, the statement and the text.
 TEST(ScriptReaderTest, FailedReadNamesTheLineTheStatementAndTheText)
 {
-    const std::pair<std::string, std::string> rows[] = {
-        {"", "The file is empty."},
-        {"\n\nsetAngles(x,1,2,,4,5)", "Line 3: setAngles right rotation is not a number: ''"},
-        {"AddWeaponResult(x,\"Hit\",\"Push\",Target,1,2)",
-         "Line 1: AddWeaponResult needs the condition, effect and target in double quotes but has 4 double quotes"},
-        {"setPenetration(x,1,1,\n{Alpha=0.6},{Beta=0.5}",
-         "Line 2: setPenetration value of family 'Alpha' is not a number: '0.6Beta'"},
-        {"setAccuracy(x,32768,", "Line 1: setAccuracy default accuracy is out of range (-32768 to 32767): '32768'"},
-        {"setAccuracy(x,1,\ndamage=1,\n{Alpha=1,})",
-         "Line 2: setAccuracy damage line comes before the first entry: 'damage=1,'"},
-        {"AddWeaponResult(x,\"Hit\",\"Push\",\"T\")",
-         "Line 1: AddWeaponResult needs 5 arguments after the weapon name but has 3"},
-        {"AddWeaponResult(x,\"Hit\",\"Push\",\"T\",1,2e,\"\")",
-         "Line 1: AddWeaponResult maximum effect is not a number: '2e'"},
-        {"AddWeaponResult(x,\"Hit\",\"SpawnWeaponFire\",\"T\",1,2,FX)",
-         "Line 1: AddWeaponResult with SpawnWeaponFire needs the spawned effect in double quotes but has 6 "
-         "double quotes"},
-        {"setAngles(x,1,2,3)", "Line 1: setAngles needs 5 numbers but has 3"},
-        {"setAngles(x,1," + std::string(65, '\n') + "2,3,4,5)", "Line 1: setAngles needs 5 numbers but has 2"},
-        {"setAngles(x,1,2,3,4,5x)", "Line 1: setAngles up rotation is not a number: '5x'"},
-        {"setMiscValues(x,1)", "Line 1: setMiscValues needs 2 numbers but has 1"},
-        {"setMiscValues(x,1,y)", "Line 1: setMiscValues slave fire delay is not a number: 'y'"},
-        {"setPenetration(x)", "Line 1: setPenetration needs the shield penetration after the weapon name: "
-         "'setPenetration(x)'"},
-        {"setPenetration(x,3000000000,",
-         "Line 1: setPenetration shield penetration is out of range (-2147483648 to 2147483647): '3000000000'"},
-        {"setAccuracy(x)", "Line 1: setAccuracy needs the default accuracy after the weapon name: 'setAccuracy(x)'"},
-        {"setAccuracy(x,1,\n{Alpha, x=1})",
-         "Line 2: setAccuracy entry needs family=value before its first comma: '{Alpha, x=1})'"},
-        {"setAccuracy(x,1,\n{Alpha=1, damage, x=2})",
-         "Line 2: setAccuracy entry needs damage=flag after its first comma: '{Alpha=1, damage, x=2})'"},
-        {"setAccuracy(x,1,\n{Alpha=1,},\n{Beta=1,\ndamage=x})",
-         "Line 4: setAccuracy damage flag of family 'Beta' is not a number: 'x'"},
-        {"setAccuracy(x,1,\n{Alpha=1,},\n{Beta=1,\ndamage})",
-         "Line 4: setAccuracy damage line needs damage=flag before its first comma: 'damage})'"},
-        {"setPenetration(x,1,1,{Alpha=1})\nsetAccuracy(x,1,{Alpha=0.25},{Beta=0.5})",
-         "Line 2: setPenetration table runs on into another statement: 'setAccuracy(x,1,{Alpha=0.25},{Beta=0.5})'. "
-         "The editor reads a table from the lines after its statement up to the first ')', so a table on the "
-         "statement's own line is not read; Settings > Read Scripts as the Game Does reads such scripts."},
-        {"setPenetration(" + std::string(70, 'P'),
-         "Line 1: setPenetration needs the shield penetration after the weapon name: 'setPenetration("
-         + std::string(45, 'P') + "...'"},
-        {"setPenetration(" + std::string(45, 'P'), // 60 characters: shown whole
-         "Line 1: setPenetration needs the shield penetration after the weapon name: 'setPenetration("
-         + std::string(45, 'P') + "'"}};
-    for (const auto &[bytes, message] : rows) {
-        EditorDocument document = prepared();
-        const ReadResult result = ReadWeaponScript(document, bytes);
-        EXPECT_EQ(result.outcome, ReadOutcome::Failed) << message;
-        EXPECT_EQ(result.message(), message);
+    std::ifstream cases(VANTOREL_SOURCE_DIR "/tests/data/script/failed-reads.txt");
+    std::string line, script;
+    int checked = 0;
+    while (std::getline(cases, line)) {
+        if (line.starts_with("script:")) {
+            script.clear();
+            for (std::size_t i = 8; i < line.size(); ++i)
+                script += line.compare(i, 2, "\\n") == 0 ? (++i, '\n') : line[i];
+        } else if (line.starts_with("message: ")) {
+            EditorDocument document = prepared();
+            const ReadResult result = ReadWeaponScript(document, script);
+            EXPECT_EQ(result.outcome, ReadOutcome::Failed) << script;
+            EXPECT_EQ(result.message(), line.substr(9));
+            ++checked;
+        }
     }
+    EXPECT_EQ(checked, 24);
 }
 
 // Open fills and builds the family tables after the read; a family it cannot fill fails the Open.
