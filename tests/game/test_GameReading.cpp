@@ -111,6 +111,8 @@ INSTANTIATE_TEST_SUITE_P(
                  d.applyPenetration(0, "0.5");
              }},
         Edit{"one-line.wepn", "one-line.removed.wepn", [](EditorDocument &d) { EXPECT_FALSE(d.removeResult(0)); }},
+        // A statement the script lacked goes right after the last one before it in the editor's order.
+        Edit{"start-first.wepn", "start-first.angles-added.wepn", [](EditorDocument &d) { d.fFiringArc = 30; }},
         // Each added line takes the indent of the line it follows, not its comment.
         Edit{"indented.wepn", "indented.added.wepn", [](EditorDocument &d) {
                  d.addResult({"Miss", "Push", "Target", 5, 10, ""});
@@ -192,7 +194,7 @@ TEST(GameReading, ValuesTheDocumentCannotHoldAreKeptAndUnknownLuaIsToldOnOpen)
 
     // A change the script's text has no place for is refused, with the line.
     const std::pair<std::string_view, std::function<void(EditorDocument &)>> noPlace[] = {
-        {"setAngles(NewWeaponType,25)", [](EditorDocument &d) { d.fUpRotation = 9; }},
+        {"setAngles(NewWeaponType,25,0,0,0)", [](EditorDocument &d) { d.fUpRotation = 9; }},
         {"setPenetration(NewWeaponType,5)", [](EditorDocument &d) { d.applyPenetration(0, "0.5"); }},
         {"\nAddWeaponResult(NewWeaponType,\"Hit\",\"Push\",\"Target\",1)",
          [](EditorDocument &d) { d.applyResult(0, {"Hit", "Push", "Target", 1, 9, ""}); }},
