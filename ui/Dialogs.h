@@ -75,19 +75,23 @@ public:
 
 class QFileDialog;
 class QMessageBox;
-class QPushButton;
 // The boxes as the editor shows them, built without being run so that tests can look at them.
 // A message: no icon, OK, the application's title unless another is given.
 void prepareMessageBox(QMessageBox &box, const QString &text, const QString &title);
 // A question with Yes and No, No the default: Enter alone never overwrites anything.
 void prepareConfirmBox(QMessageBox &box, const QString &text, const QString &title);
-// The notice with OK (the default) and the button it returns, which reopens the script as the game reads it.
-QPushButton *prepareNoticeBox(QMessageBox &box, const QString &text);
-// The changed-on-disk warning with the Replace button it returns, and Cancel (the default and Escape).
-QPushButton *prepareReplaceBox(QMessageBox &box, const QString &text);
+// The notice with OK (the default) and a button that reopens the script as the game reads it.
+void prepareNoticeBox(QMessageBox &box, const QString &text);
+// The changed-on-disk warning with Replace, and Cancel (the default and Escape).
+void prepareReplaceBox(QMessageBox &box, const QString &text);
 // The unsaved-changes question's box: Save As... (the default), Discard and Cancel (Escape), each
 // with its access key.
 void prepareSaveChangesBox(QMessageBox &box, const QString &text);
+// What each question answers once a button was clicked; a box closed without one answers No or Cancel.
+bool confirmed(const QMessageBox &box);
+bool reopenChosen(const QMessageBox &box);
+bool replaceChosen(const QMessageBox &box);
+Dialogs::SaveChoice saveChoice(const QMessageBox &box);
 // What both file dialogs share: the filter, matched without regard to letter case. Tests check
 // the matching on a dialog that is shown without being run.
 void prepareFileDialog(QFileDialog &dialog, const QString &filter);

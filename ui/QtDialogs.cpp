@@ -49,47 +49,70 @@ void prepareConfirmBox(QMessageBox &box, const QString &text, const QString &tit
     box.setDefaultButton(QMessageBox::No);
 }
 
+namespace {
+
+QMessageBox::ButtonRole clickedRole(const QMessageBox &box)
+{
+    return box.buttonRole(box.clickedButton());
+}
+
+} // namespace
+
+bool confirmed(const QMessageBox &box)
+{
+    return clickedRole(box) == QMessageBox::YesRole;
+}
+
 bool QtDialogs::confirm(const QString &text, const QString &title)
 {
     QMessageBox box(QApplication::activeWindow());
     prepareConfirmBox(box, text, title);
-    return box.exec() == QMessageBox::Yes;
+    box.exec();
+    return confirmed(box);
 }
 
-QPushButton *prepareNoticeBox(QMessageBox &box, const QString &text)
+void prepareNoticeBox(QMessageBox &box, const QString &text)
 {
     prepareMessageBox(box, text, {});
-    QPushButton *reopen = box.addButton(readAsGameButtonText(), QMessageBox::ActionRole);
+    box.addButton(readAsGameButtonText(), QMessageBox::ActionRole);
     box.setDefaultButton(QMessageBox::Ok);
-    return reopen;
+}
+
+bool reopenChosen(const QMessageBox &box)
+{
+    return clickedRole(box) == QMessageBox::ActionRole;
 }
 
 bool QtDialogs::noticeOfferingGameReading(const QString &text)
 {
     QMessageBox box(QApplication::activeWindow());
-    QPushButton *reopen = prepareNoticeBox(box, text);
+    prepareNoticeBox(box, text);
     box.exec();
-    return box.clickedButton() == reopen;
+    return reopenChosen(box);
 }
 
-QPushButton *prepareReplaceBox(QMessageBox &box, const QString &text)
+void prepareReplaceBox(QMessageBox &box, const QString &text)
 {
     prepareMessageBox(box, text, {});
     box.setIcon(QMessageBox::Warning);
     box.setStandardButtons(QMessageBox::NoButton);
-    QPushButton *replace = box.addButton(QStringLiteral("&Replace"), QMessageBox::DestructiveRole);
+    box.addButton(QStringLiteral("&Replace"), QMessageBox::DestructiveRole);
     QPushButton *cancel = box.addButton(QMessageBox::Cancel);
     box.setDefaultButton(cancel);
     box.setEscapeButton(cancel);
-    return replace;
+}
+
+bool replaceChosen(const QMessageBox &box)
+{
+    return clickedRole(box) == QMessageBox::DestructiveRole;
 }
 
 bool QtDialogs::replaceChangedFile(const QString &text)
 {
     QMessageBox box(QApplication::activeWindow());
-    QPushButton *replace = prepareReplaceBox(box, text);
+    prepareReplaceBox(box, text);
     box.exec();
-    return box.clickedButton() == replace;
+    return replaceChosen(box);
 }
 
 std::optional<QString> QtDialogs::openFile(const QString &folder, const QString &filter,
@@ -131,14 +154,24 @@ void prepareSaveChangesBox(QMessageBox &box, const QString &text)
     box.setEscapeButton(box.addButton(QStringLiteral("&Cancel"), QMessageBox::RejectRole));
 }
 
+Dialogs::SaveChoice saveChoice(const QMessageBox &box)
+{
+    switch (clickedRole(box)) {
+    case QMessageBox::AcceptRole:
+        return Dialogs::SaveChoice::SaveAs;
+    case QMessageBox::DestructiveRole:
+        return Dialogs::SaveChoice::Discard;
+    default:
+        return Dialogs::SaveChoice::Cancel;
+    }
+}
+
 Dialogs::SaveChoice QtDialogs::askSaveChanges(const QString &text)
 {
     QMessageBox box(QApplication::activeWindow());
     prepareSaveChangesBox(box, text);
     box.exec();
-    if (box.clickedButton() == box.defaultButton())
-        return SaveChoice::SaveAs;
-    return box.buttonRole(box.clickedButton()) == QMessageBox::DestructiveRole ? SaveChoice::Discard : SaveChoice::Cancel;
+    return saveChoice(box);
 }
 
 void prepareFolderDialog(QFileDialog &dialog, const QString &start)

@@ -13,6 +13,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 
+#include <array>
 #include <functional>
 
 // Records the questions these features add ("notice: ...", "replace? ...") with the messages.
@@ -364,32 +365,41 @@ private slots:
         folder->cmdOK->click();
         QVERIFY(!window->fraFirstStart->isVisible());
 
-        // Each box as the editor shows it: icon, title, buttons, then the one Enter and the one Escape press.
-        const std::function<void(QMessageBox &)> boxes[] = {
-            [](QMessageBox &box) { prepareMessageBox(box, QStringLiteral("x"), {}); },
-            [](QMessageBox &box) { prepareMessageBox(box, QStringLiteral("x"), QStringLiteral("Missing familylist.lua")); },
-            [](QMessageBox &box) { prepareConfirmBox(box, QStringLiteral("x"), {}); },
-            [](QMessageBox &box) { prepareNoticeBox(box, QStringLiteral("x")); },
-            [](QMessageBox &box) { prepareReplaceBox(box, QStringLiteral("x")); },
-            [](QMessageBox &box) { prepareSaveChangesBox(box, QStringLiteral("x")); },
+        // Each box as the editor shows it: icon, title, buttons with what a click on each answers, the
+        // one Enter and the one Escape press, and what the box answers when closed without a click.
+        using Answer = std::function<QString(const QMessageBox &)>;
+        const auto yes = [](bool (*answer)(const QMessageBox &)) {
+            return Answer([answer](const QMessageBox &box) { return answer(box) ? QStringLiteral("yes") : QStringLiteral("no"); });
+        };
+        const std::pair<std::function<void(QMessageBox &)>, Answer> boxes[] = {
+            {[](QMessageBox &box) { prepareMessageBox(box, QStringLiteral("x"), {}); }, {}},
+            {[](QMessageBox &box) { prepareMessageBox(box, QStringLiteral("x"), QStringLiteral("Missing familylist.lua")); }, {}},
+            {[](QMessageBox &box) { prepareConfirmBox(box, QStringLiteral("x"), {}); }, yes(confirmed)},
+            {[](QMessageBox &box) { prepareNoticeBox(box, QStringLiteral("x")); }, yes(reopenChosen)},
+            {[](QMessageBox &box) { prepareReplaceBox(box, QStringLiteral("x")); }, yes(replaceChosen)},
+            {[](QMessageBox &box) { prepareSaveChangesBox(box, QStringLiteral("x")); },
+             [](const QMessageBox &box) { return QString::fromLatin1(std::array{"save", "discard", "cancel"}[int(saveChoice(box))]); }},
         };
         QStringList shown;
-        for (const auto &prepare : boxes) {
+        for (const auto &[prepare, answer] : boxes) {
             QMessageBox box;
             prepare(box);
+            const QString closed = answer ? answer(box) : QString();
             QStringList buttons;
-            for (const QAbstractButton *button : box.buttons())
-                buttons << button->text();
+            for (QAbstractButton *button : box.buttons()) {
+                button->click();
+                buttons << button->text() + (answer ? QLatin1Char('=') + answer(box) : QString());
+            }
             buttons.sort();
             shown << QStringList{QString::number(box.icon()), box.windowTitle(), buttons.join(QLatin1Char(',')),
                                  box.defaultButton() ? box.defaultButton()->text() : QString(),
-                                 box.escapeButton() ? box.escapeButton()->text() : QString()}.join(QLatin1Char('|'));
+                                 box.escapeButton() ? box.escapeButton()->text() : QString(), closed}.join(QLatin1Char('|'));
         }
-        QCOMPARE(shown, (QStringList{QStringLiteral("0|Vantorel|OK||"), QStringLiteral("0|Missing familylist.lua|OK||"),
-                                     QStringLiteral("0|Vantorel|&No,&Yes|&No|"),
-                                     QStringLiteral("0|Vantorel|&Reopen as the Game Reads It,OK|OK|"),
-                                     QStringLiteral("2|Vantorel|&Replace,Cancel|Cancel|Cancel"),
-                                     QStringLiteral("2|Vantorel|&Cancel,&Discard,&Save As...|&Save As...|&Cancel")}));
+        QCOMPARE(shown, (QStringList{QStringLiteral("0|Vantorel|OK|||"), QStringLiteral("0|Missing familylist.lua|OK|||"),
+                                     QStringLiteral("0|Vantorel|&No=no,&Yes=yes|&No||no"),
+                                     QStringLiteral("0|Vantorel|&Reopen as the Game Reads It=yes,OK=no|OK||no"),
+                                     QStringLiteral("2|Vantorel|&Replace=yes,Cancel=no|Cancel|Cancel|no"),
+                                     QStringLiteral("2|Vantorel|&Cancel=cancel,&Discard=discard,&Save As...=save|&Save As...|&Cancel|cancel")}));
     }
 };
 
