@@ -86,6 +86,14 @@ TEST(ScriptReaderTest, OnlyTheFirstPenetrationTableFillsFamilyEntriesInTheScript
     EXPECT_EQ(std::make_pair(document.iFieldPenetration, document.fDefaultPenetration), std::make_pair(5, 1.0));
 }
 
+// A spawned effect is the text after the seventh double quote, also when no quote closes it.
+TEST(ScriptReaderTest, SpawnedEffectIsTheTextAfterTheSeventhQuote)
+{
+    EditorDocument document = prepared();
+    ASSERT_TRUE(read(document, {"AddWeaponResult(x,\"Miss\",\"SpawnWeaponFire\",\"T\",1,2,\"FX_Spark)"}).completed());
+    EXPECT_EQ(document.lstWeaponResults, Strings{"Miss - SpawnWeaponFire - 1 - 2 - FX_Spark)"});
+}
+
 // Every read resets the tables; an abandoned one keeps the record and the earlier values.
 TEST(ScriptReaderTest, AbandonedReadKeepsTheRecordAndTheResetDocument)
 {
