@@ -100,6 +100,9 @@ row 2 "vantorel-cli: unknown option '-dash.wepn' for check $u" '' check "${data[
 row 0 '' '' check "${data[@]}" -- -dash.wepn
 row 0 '' @clean.wepn normalize "${data[@]}" -- -dash.wepn
 row 0 '' "@$fixtures/Mixed.normalized.wepn" normalize "${data[@]}" mixed.wepn
+# Where the dialect finds no number, in any argument or table of any statement, it takes the game's,
+# except where it defines the result: a default penetration that is no number is 1.
+row 0 '' "@$fixtures/../../data/cli/computed.normalized.wepn" normalize --read=editor "${data[@]}" "$fixtures/../../data/cli/computed.wepn"
 # What the window's Save As writes for the same script (its window test expects the same file).
 row 0 '' "@$fixtures/../../data/script/LightCannon.expected.wepn" normalize --data-dir "$fixtures/../../../examples/Data" \
   "$fixtures/../../../examples/Data/Weapon/LightCannon/LightCannon.wepn"

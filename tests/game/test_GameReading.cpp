@@ -113,6 +113,12 @@ INSTANTIATE_TEST_SUITE_P(
         Edit{"one-line.wepn", "one-line.removed.wepn", [](EditorDocument &d) { EXPECT_FALSE(d.removeResult(0)); }},
         // A statement the script lacked goes right after the last one before it in the editor's order.
         Edit{"start-first.wepn", "start-first.angles-added.wepn", [](EditorDocument &d) { d.fFiringArc = 30; }},
+        // Old Mac line ends (CR alone) on added lines, and a family joining a table in its own style.
+        Edit{"mac.wepn", "mac.edited.wepn", [](EditorDocument &d) {
+                 d.addResult({"Hit", "Push", "Target", 5, 10, ""});
+                 d.fFiringArc = 30;
+                 d.applyAccuracy(5, "0.4", false);
+             }},
         // Each added line takes the indent of the line it follows, not its comment.
         Edit{"indented.wepn", "indented.added.wepn", [](EditorDocument &d) {
                  d.addResult({"Miss", "Push", "Target", 5, 10, ""});

@@ -27,7 +27,7 @@ TEST(GameView, RecordsEveryCallWithItsLineAndEvaluatedArguments)
     EXPECT_EQ(GameView::valueText(run.calls[2].arguments[1]), "\"Fast\"");
     EXPECT_EQ(GameView::valueText(run.calls[2].arguments[3]), "true");
     // A long script's calls are all recorded, up to 20,000.
-    EXPECT_EQ(GameView::RunScript("for i = 1, 19999 do setFoo(NewWeaponType, i) end").calls.size(), 19999u);
+    EXPECT_EQ(GameView::RunScript("for i = 1, 20000 do setFoo(NewWeaponType, i) end").calls.size(), 20000u);
 }
 
 // The limits stop hostile scripts only: a script that comes near each one still runs.
@@ -85,6 +85,8 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"DeepRecursion", "local function f() return 1 + f() end\nf()", 1,
                 "nests calls too deeply (more than 10000 levels)"},
         Refused{"EndlessCalls", "while true do setAngles(NewWeaponType) end", 1,
+                "makes too many calls or passes too much data"},
+        Refused{"OneCallTooMany", "for i = 1, 20001 do setFoo(NewWeaponType) end", 1,
                 "makes too many calls or passes too much data"},
         Refused{"HugeArguments", "local t = {}\nfor i = 1, 100000 do t[i] = i end\nwhile true do f(t) end", 3,
                 "makes too many calls or passes too much data"},
