@@ -26,6 +26,7 @@
 namespace AtomicFile {
 
 void (*stepHook)(std::string_view step) = nullptr;
+const char *unwrittenFigures = "/proc/meminfo";
 
 namespace {
 
@@ -245,7 +246,7 @@ bool littleElseUnwritten()
 {
     constexpr std::size_t kOthersLimit = std::size_t{4} << 20;
     std::string meminfo;
-    if (AtomicFile::read("/proc/meminfo", meminfo))
+    if (AtomicFile::read(unwrittenFigures, meminfo))
         return false;
     const std::size_t at = meminfo.find("\nDirty:");
     if (at == std::string::npos)

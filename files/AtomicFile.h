@@ -53,6 +53,9 @@ std::optional<std::string> write(const std::string &path, std::string_view bytes
 // Called with the name of each step a save takes ("create", "write", "owner", "sync", "check",
 // "link", "replace", "sync folder"), when set. For tests that must see the order of the steps.
 extern void (*stepHook)(std::string_view step);
+// Where SyncMethod::Auto reads how much data the system has not written yet ("/proc/meminfo"), so
+// that tests can give it a figure of their own.
+extern const char *unwrittenFigures;
 
 // How a batch makes its new files durable before they replace their targets.
 enum class SyncMethod {

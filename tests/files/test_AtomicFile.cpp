@@ -196,6 +196,40 @@ TEST_F(AtomicFileTest, ReplacesOnlyTheFileThatWasRead)
     EXPECT_EQ(contentOf(target), "other");
 }
 
+// The automatic choice syncs the whole file system once for a batch while other programs leave
+// less than 4 MiB unwritten, and each file on its own while they leave more.
+TEST_F(AtomicFileTest, AutomaticSyncFollowsWhatOtherProgramsLeaveUnwritten)
+{
+    static int syncs = 0;
+    AtomicFile::stepHook = [](std::string_view step) { syncs += step == "sync"; };
+    const auto syncsOfTwo = [&](AtomicFile::SyncMethod method) {
+        AtomicFile::Batch batch(method);
+        for (const fs::path &path : {target, folder / "Other.wepn"}) {
+            std::string bytes;
+            AtomicFile::Seen seen;
+            EXPECT_EQ(AtomicFile::write(path.string(), "old"), std::nullopt);
+            EXPECT_EQ(AtomicFile::read(path.string(), bytes, seen), std::nullopt);
+            EXPECT_EQ(batch.stage(path.string(), seen, "new"), std::nullopt);
+        }
+        syncs = 0;
+        batch.commit();
+        return syncs;
+    };
+    const std::string figures = (folder / "meminfo").string();
+    AtomicFile::unwrittenFigures = figures.c_str();
+    std::vector<int> counts;
+    for (const char *dirty : {"4096", "4200"}) {
+        std::ofstream(figures) << "MemTotal: 8000000 kB\nDirty: " << dirty << " kB\n";
+        counts.push_back(syncsOfTwo(AtomicFile::SyncMethod::Auto));
+    }
+    const int shared = syncsOfTwo(AtomicFile::SyncMethod::Shared);
+    AtomicFile::stepHook = nullptr;
+    AtomicFile::unwrittenFigures = "/proc/meminfo";
+    if (shared != 1)
+        GTEST_SKIP() << "this file system is synced file by file";
+    EXPECT_EQ(counts, (std::vector<int>{1, 2}));
+}
+
 TEST_F(AtomicFileTest, ReadsOnlyRegularFilesOfScriptSize)
 {
     ASSERT_EQ(::mkfifo((folder / "Fifo.wepn").c_str(), 0644), 0);

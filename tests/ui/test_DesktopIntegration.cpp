@@ -313,6 +313,9 @@ private slots:
         QVERIFY(save.acceptMode() == QFileDialog::AcceptSave && save.fileMode() == QFileDialog::AnyFile);
         QVERIFY(save.testOption(QFileDialog::DontConfirmOverwrite)); // the editor's own questions only
         QVERIFY(folder.fileMode() == QFileDialog::Directory && folder.testOption(QFileDialog::ShowDirsOnly));
+        QVERIFY(dialog.acceptMode() == QFileDialog::AcceptOpen && dialog.fileMode() == QFileDialog::ExistingFile);
+        QCOMPARE(QStringList({dialog.directory().absolutePath(), save.selectedFiles().value(0), folder.directory().absolutePath()}),
+                 QStringList({data, dir.filePath(QStringLiteral("Gun.wepn")), data}));
     }
 };
 
