@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <sstream>
 
 using NamedValues::Column;
 
@@ -40,46 +41,35 @@ void finished(NamedValues::WeaponValues &values)
     EXPECT_TRUE(NamedValues::finish(values).empty());
 }
 
-struct Edit
-{
-    const char *input;
-    const char *expected;
-    std::vector<std::pair<const char *, const char *>> cells;
-};
-
 } // namespace
 
+// The cases of tests/data/values/edits.txt: each script saved with its cells set holds the expected bytes.
 TEST(ScriptValuesTest, SavesChangedAddedAndRemovedValuesInTheScriptsOwnText)
 {
-    const Edit edits[] = {
-        {"game/stock.wepn", "values/stock.edited.wepn",
-         {{"Firing Range", "5000"}, {"Result 2 Target", "Self"}, {"Result 3 Condition", "Hit"},
-          {"Result 3 Effect", "Push"}, {"Result 3 Minimum Effect", "1"}, {"Result 3 Maximum Effect", "2"},
-          {"Penetration: ResArmour", ""}, {"Penetration: Alpha", "0.5"}, {"Accuracy: Corvette", ""},
-          {"Always Causes Damage: Corvette", ""}}},
-        {"game/flak.wepn", "values/flak.edited.wepn",
-         {{"Penetration: Alpha", ""}, {"Penetration: Beta", "2"}, {"Accuracy: Beta", "0.90"},
-          {"Always Causes Damage: Alpha", "1"}}},
-        // Entries taken out of tables on one line and over several, first, last and with a flag.
-        {"values/tables.wepn", "values/tables.edited.wepn",
-         {{"Penetration: ResArmour", ""}, {"Penetration: Alpha", ""}, {"Accuracy: Corvette", ""}, {"Accuracy: Beta", ""}}},
-        // Families added to a table of several on one line, in its spacing and separators.
-        {"values/joined.wepn", "values/joined.edited.wepn",
-         {{"Penetration: Alpha", "1.5"}, {"Accuracy: Corvette", "0.2"}, {"Always Causes Damage: Corvette", "1"},
-          {"Accuracy: Beta", "0.5"}, {"Always Causes Damage: Beta", "0"}}},
-        // A family without the damage flag joins a table of several without one; with it, a table of its own.
-        {"values/joined-several.wepn", "values/joined-several.edited.wepn",
-         {{"Accuracy: Alpha", "0.5"}, {"Accuracy: Beta", "0.25"}, {"Always Causes Damage: Beta", "1"}}},
-    };
-    for (const Edit &edit : edits) {
-        ScriptValues::Opened opened = open(dataFile(edit.input));
-        NamedValues::WeaponValues values = opened.values;
-        set(values, edit.cells);
-        finished(values);
-        const ScriptValues::Saved saved = ScriptValues::save(opened, values, kFamilies);
-        ASSERT_TRUE(saved.problems.empty()) << saved.problems.front();
-        EXPECT_EQ(saved.bytes, dataFile(edit.expected)) << edit.input;
+    std::istringstream cases(dataFile("values/edits.txt") + "\n");
+    std::string line, input, expected;
+    std::vector<std::pair<std::string, std::string>> cells;
+    int saves = 0;
+    while (std::getline(cases, line)) {
+        if (line.starts_with('#'))
+            continue;
+        if (const std::size_t arrow = line.find(" -> "); arrow != std::string::npos) {
+            input = line.substr(0, arrow), expected = line.substr(arrow + 4), cells.clear();
+        } else if (const std::size_t equals = line.find('='); equals != std::string::npos) {
+            cells.emplace_back(line.substr(0, equals), line.substr(equals + 1));
+        } else if (line.empty() && !input.empty()) {
+            ScriptValues::Opened opened = open(dataFile(input));
+            NamedValues::WeaponValues values = opened.values;
+            for (const auto &[name, text] : cells)
+                set(values, {{name.c_str(), text.c_str()}});
+            finished(values);
+            const ScriptValues::Saved saved = ScriptValues::save(opened, values, kFamilies);
+            ASSERT_TRUE(saved.problems.empty()) << saved.problems.front();
+            EXPECT_EQ(saved.bytes, dataFile(expected)) << input;
+            input.clear(), ++saves;
+        }
     }
+    EXPECT_EQ(saves, 5);
 }
 
 TEST(ScriptValuesTest, NamesTheFamiliesAndLinesOfTheScriptAlsoWhereItsTextIsNotModelled)
