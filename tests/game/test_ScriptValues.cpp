@@ -69,7 +69,7 @@ TEST(ScriptValuesTest, SavesChangedAddedAndRemovedValuesInTheScriptsOwnText)
             input.clear(), ++saves;
         }
     }
-    EXPECT_EQ(saves, 5);
+    EXPECT_EQ(saves, 6);
 }
 
 TEST(ScriptValuesTest, NamesTheFamiliesAndLinesOfTheScriptAlsoWhereItsTextIsNotModelled)
