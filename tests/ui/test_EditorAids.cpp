@@ -334,12 +334,15 @@ private slots:
         openScript(game, mine);
         QCOMPARE(rows(window->lstAccuracy), accuracy);
         QCOMPARE(window->cboActivation->currentText(), activation);
-        if (!game)
-            return;
-        QCOMPARE(window->cboActivation->itemData(window->cboActivation->currentIndex(), Qt::ToolTipRole).toString(),
-                 QStringLiteral("The script's own value, kept as it is."));
+        if (game)
+            QCOMPARE(window->cboActivation->itemData(window->cboActivation->currentIndex(), Qt::ToolTipRole).toString(),
+                     QStringLiteral("The script's own value, kept as it is."));
         retype(window->txtFiringArc, QStringLiteral("30"));
         save(script);
+        if (!game) { // the activation the drop-down cannot show is saved as it was
+            QVERIFY(fileBytes(script).contains("\"Sparks\",\"Dropped\",3,"));
+            return;
+        }
         QCOMPARE(fileBytes(script), mine.replace("setAngles(NewWeaponType,18,", "setAngles(NewWeaponType,30,"));
         // Another script's open takes the script's own item away again.
         writeFile(script, kScript);
