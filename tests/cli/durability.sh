@@ -118,4 +118,15 @@ if ! [[ $left =~ ^\.vantorel-[0-9]+-[0-9]+\.tmp$ ]] || ls -A "$dir" | grep -q '^
     echo "$step passed, 1 failed: a killed run left '$left', or the next run did not clean up"
     exit 1
 fi
-echo "$((step + 1)) passed, 0 failed"
+# On a terminal, an in-place run that lasts longer than a second shows a progress line on standard
+# error. Each sync is held for 10 ms: each of the eight threads is done with its first 128 scripts
+# after more than a second, and the first, which draws the line, then takes more of the 2100.
+mkdir "$dir/Many" && tee "$dir"/Many/{1000..3099}.wepn <"$data/Mixed.wepn" >/dev/null
+script -qec "strace -f -qq -o /dev/null -e trace=fdatasync -e inject=fdatasync:delay_enter=10000 '$cli' normalize \
+    --in-place --allow-changes --sync=each --data-dir '$dir/Data' '$dir/Many'" /dev/null >"$dir/terminal"
+if ! tr -d '\r' <"$dir/terminal" | grep -Eq "\[[0-9]+/2100\] $dir/Many/[0-9]{4}\.wepn"; then
+    cat -v "$dir/terminal" | head -5
+    echo "$((step + 1)) passed, 1 failed: no progress line on a terminal during a long in-place run"
+    exit 1
+fi
+echo "$((step + 2)) passed, 0 failed"
