@@ -209,6 +209,7 @@ row 1 "New/var.wepn:0: error: cannot write the changes into the script's own tex
 row 0 '' 'New/stock.wepn:2: Firing Range 5000 -> 1' set --dry-run "${vdata[@]}" New/stock.wepn 'Firing Range=1'
 cmp -s New/var.wepn var.wepn && cmp -s New/stock.wepn <(sed 's/3150 \* 1.4/5000/' stock.wepn) || fail "set wrote a script it refused, did not match, or only showed"
 mkdir Set && cp Old/* Set/ && mv Set/stock.wepn 'Set/a=b.wepn'
+touch -d '2001-02-03 04:05' Set/* # a modification time long before the change time: no change of its own
 row 0 '' 'Set/a=b.wepn:2: Blast Radius 0 -> 7' set "${vdata[@]}" 'Set/a=b.wepn' Set/flak.wepn 'Blast Radius=7' --where 'Firing Range=4410.000000000001'
 row 0 '' 'Set/flak.wepn:18: Penetration: Alpha 1.5 -> 3' set "${vdata[@]}" Set 'Penetration: Alpha*=2'
 row 0 '' 'Set/flak.wepn:18: Penetration: Alpha 3 -> 3.5' set "${vdata[@]}" Set 'Penetration: Alpha+=0.5'

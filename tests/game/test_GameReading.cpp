@@ -163,6 +163,9 @@ TEST(GameReading, ValuesTheDocumentCannotHoldAreKeptAndUnknownLuaIsToldOnOpen)
     const EditorDocument &d = stock.document;
     EXPECT_EQ((std::vector<double>{d.fFiringArc, d.fLeftRotation, d.fRightRotation, d.fDownRotation, d.fUpRotation}),
               (std::vector<double>{25, -180, 180, -5, 60}));
+    // Only SpawnWeaponFire spawns: another effect's seventh argument is no spawned effect.
+    EXPECT_EQ(open("AddWeaponResult(NewWeaponType,\"Hit\",\"Push\",\"Target\",1,2,\"Sparks\")").document.lstWeaponResults,
+              std::vector<std::string>{"Hit - Push - 1 - 2 - "});
     // Lua's arithmetic and rounding; two calls the editor does not know on one line keep it once.
     const std::string lua = "setMissileKiller(NewWeaponType,1+2*3,7//-2,-7%3,2^3^2) setFoo(NewWeaponType)";
     const Opened game = open("setAccuracy(NewWeaponType,0.7)\n" + lua);

@@ -69,7 +69,7 @@ TEST(ScriptValuesTest, SavesChangedAddedAndRemovedValuesInTheScriptsOwnText)
             input.clear(), ++saves;
         }
     }
-    EXPECT_EQ(saves, 6);
+    EXPECT_EQ(saves, 7);
 }
 
 TEST(ScriptValuesTest, NamesTheFamiliesAndLinesOfTheScriptAlsoWhereItsTextIsNotModelled)
