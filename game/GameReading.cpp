@@ -108,7 +108,7 @@ std::optional<Numeral> arithmetic(const std::string &op, const Numeral &a, const
     if (op == "%") {
         if (!ints) {
             double m = std::fmod(x, y);
-            if ((m > 0) ? y < 0 : (m < 0 && y != m))
+            if ((m > 0) ? y < 0 : (m < 0 && y > 0))
                 m += y;
             return real(m);
         }
