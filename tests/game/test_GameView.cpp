@@ -40,8 +40,7 @@ TEST(GameView, RunsScriptsJustWithinEachLimit)
              "setAngles(NewWeaponType, f(9900))",                                                // nesting
              "local s = 'x' for i = 1, 20 do s = s .. s end setAngles(NewWeaponType, s .. s .. s)"}) { // 3 MB passed
         const GameView::Run run = GameView::RunScript(script);
-        EXPECT_TRUE(run.ok) << script << ": " << run.reason;
-        EXPECT_EQ(run.calls.size(), 1u) << script;
+        EXPECT_TRUE(run.ok && run.calls.size() == 1u) << script << ": " << run.reason;
     }
 }
 

@@ -30,7 +30,7 @@ ScriptValues::Opened open(const std::string &bytes)
     return opened;
 }
 
-void set(NamedValues::WeaponValues &values, const std::vector<std::pair<const char *, const char *>> &cells)
+void set(NamedValues::WeaponValues &values, const std::vector<std::pair<std::string, std::string>> &cells)
 {
     for (const auto &[name, text] : cells)
         EXPECT_EQ(NamedValues::setCell(values, *NamedValues::parseColumn(name, kFamilies), text), std::nullopt) << name;
@@ -60,8 +60,7 @@ TEST(ScriptValuesTest, SavesChangedAddedAndRemovedValuesInTheScriptsOwnText)
         } else if (line.empty() && !input.empty()) {
             ScriptValues::Opened opened = open(dataFile(input));
             NamedValues::WeaponValues values = opened.values;
-            for (const auto &[name, text] : cells)
-                set(values, {{name.c_str(), text.c_str()}});
+            set(values, cells);
             finished(values);
             const ScriptValues::Saved saved = ScriptValues::save(opened, values, kFamilies);
             ASSERT_TRUE(saved.problems.empty()) << saved.problems.front();
