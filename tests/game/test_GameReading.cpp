@@ -2,6 +2,7 @@
 #include "AtomicFile.h"
 #include "GameReading.h"
 #include "NumberText.h"
+#include "ScriptCases.h"
 
 #include <gtest/gtest.h>
 
@@ -183,22 +184,12 @@ TEST(GameReading, ValuesTheDocumentCannotHoldAreKeptAndUnknownLuaIsToldOnOpen)
                   "Line 1: family 9Lives of setPenetration: the name cannot be written as a table key",
                   "Line 2: family Alpha of setAccuracy: its table holds other families, which the damage flag would change too"}));
 
-    struct Row
-    {
-        std::string_view script, problem;
-    };
-    const Row rows[] = {
-        {"local x = 5\nsetAngles(NewWeaponType,x,0,0,0,0)", "Line 1: local variables are not modelled"},
-        {"setAngles(NewWeaponType,1,2,3,4,5)\r\nsetMissileKiller(NewWeaponType,1e400)", "Line 2: malformed number '1e400'"},
-        {"for i = 1, 2 do setMissileKiller(NewWeaponType, i) end", "Line 1: loops are not modelled"},
-        {"setAngles(NewWeaponType,1,2,3,4,5) x = 1", "Line 1: assignments are not modelled"},
-        {"setAngles(NewWeaponType,1,2,3,4,5)\n\nfoo(bar(1))", "Line 3: calls inside arguments are not modelled"},
-    };
-    for (const Row &row : rows) {
-        Opened opened = open(row.script);
-        ASSERT_TRUE(opened.read.completed()) << row.script;
-        EXPECT_EQ(opened.script.notes, std::vector<std::string>{std::string(row.problem)});
-        EXPECT_EQ(GameReading::SaveGameScript(opened.script, opened.document).bytes, row.script);
+    // Lua the editor does not model: told on Open, saved unchanged, and a change is refused.
+    for (const auto &[script, problem] : scriptCases("reading/game-not-modelled.txt")) {
+        Opened opened = open(script);
+        ASSERT_TRUE(opened.read.completed()) << script;
+        EXPECT_EQ(opened.script.notes, std::vector<std::string>{problem});
+        EXPECT_EQ(GameReading::SaveGameScript(opened.script, opened.document).bytes, script);
         opened.document.fUpRotation = 9;
         EXPECT_EQ(GameReading::SaveGameScript(opened.script, opened.document).problems, opened.script.notes);
     }
@@ -227,20 +218,8 @@ TEST(GameReading, ValuesTheDocumentCannotHoldAreKeptAndUnknownLuaIsToldOnOpen)
                             "the family lists changed since the script was opened",
                             "the family lists changed since the script was opened"}));
 
-    const Row refused[] = {
-        {"setAngles(NewWeaponType,1,2,3,4,5)\nsetAngles(", "Line 2: unexpected symbol near <eof>"},
-        {"StartWeaponConfig(NewWeaponType,\"A\",\"B\",\"C\",\"D\",\"fast\")",
-         "Line 1: argument 5 of StartWeaponConfig is \"fast\", not a number"},
-        {"setAccuracy(NewWeaponType,1,{Alpha=1, damage=32768})",
-         "Line 1: the damage flag of family Alpha of setAccuracy is 32768, beyond -32768 to 32767"},
-        {"setAccuracy(NewWeaponType,1,{Alpha=1, damage=32767})\nsetPenetration(NewWeaponType,-2^31)", ""}, // the limits
-        {"AddWeaponResult(NewWeaponType,5,\"Burn\",\"Target\",1,2,\"\")", "Line 1: argument 1 of AddWeaponResult is 5, not a text"},
-        {"setPenetration(NewWeaponType,50,1,{Alpha=\"x\"})", "Line 1: family Alpha of setPenetration is \"x\", not a number"},
-        {"setAngles(NewWeaponType,1,2,3,4,5)\nsetAngles(NewWeaponType,0/0)", "Line 2: argument 1 of setAngles is -nan, not a number"},
-        {"setPenetration(NewWeaponType,-2^31-1)", "Line 1: argument 1 of setPenetration is -2147483649, beyond -2147483648 to 2147483647"},
-    };
-    for (const Row &row : refused)
-        EXPECT_EQ(open(row.script).read.message(), row.problem);
+    for (const auto &[script, problem] : scriptCases("reading/game-refused.txt"))
+        EXPECT_EQ(open(script).read.message(), problem) << script;
 }
 
 // The script's own text is kept only where the editor computes each value as Lua does: random

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
+#include "ScriptCases.h"
 #include "ScriptReader.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 
 using Strings = std::vector<std::string>;
 
@@ -118,23 +118,14 @@ TEST(ScriptReaderTest, AbandonedReadKeepsTheRecordAndTheResetDocument)
 // A line the reader cannot take fails the read, naming the line, the statement and the text.
 TEST(ScriptReaderTest, FailedReadNamesTheLineTheStatementAndTheText)
 {
-    std::ifstream cases(VANTOREL_SOURCE_DIR "/tests/data/script/failed-reads.txt");
-    std::string line, script;
-    int checked = 0;
-    while (std::getline(cases, line)) {
-        if (line.starts_with("script:")) {
-            script.clear();
-            for (std::size_t i = 8; i < line.size(); ++i)
-                script += line.compare(i, 2, "\\n") == 0 ? (++i, '\n') : line[i];
-        } else if (line.starts_with("message: ")) {
-            EditorDocument document = prepared();
-            const ReadResult result = ReadWeaponScript(document, script);
-            EXPECT_EQ(result.outcome, ReadOutcome::Failed) << script;
-            EXPECT_EQ(result.message(), line.substr(9));
-            ++checked;
-        }
+    const auto cases = scriptCases("reading/editor-failed.txt");
+    EXPECT_EQ(cases.size(), 24u);
+    for (const auto &[script, message] : cases) {
+        EditorDocument document = prepared();
+        const ReadResult result = ReadWeaponScript(document, script);
+        EXPECT_EQ(result.outcome, ReadOutcome::Failed) << script;
+        EXPECT_EQ(result.message(), message);
     }
-    EXPECT_EQ(checked, 24);
 }
 
 // Open fills and builds the family tables after the read; a family it cannot fill fails the Open.

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+// Scripts and what is said of them, kept in a data file under tests/data: a "script: " line, where
+// \n and \r stand for line end bytes, then a "message: " line.
+#pragma once
+
+#include <algorithm>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <string>
+#include <utility>
+#include <vector>
+
+inline std::vector<std::pair<std::string, std::string>> scriptCases(const std::string &relative)
+{
+    std::ifstream in(VANTOREL_SOURCE_DIR "/tests/data/" + relative);
+    EXPECT_TRUE(in) << "cannot read tests/data/" << relative;
+    std::vector<std::pair<std::string, std::string>> cases;
+    for (std::string line; std::getline(in, line);) {
+        if (line.starts_with("script:"))
+            cases.emplace_back();
+        for (std::size_t i = 8; line.starts_with("script:") && i < line.size(); ++i)
+            cases.back().first += line.compare(i, 2, "\\n") == 0 ? (++i, '\n') : line.compare(i, 2, "\\r") == 0 ? (++i, '\r') : line[i];
+        if (line.starts_with("message:") && !cases.empty())
+            cases.back().second = line.substr(std::min<std::size_t>(9, line.size()));
+    }
+    return cases;
+}
