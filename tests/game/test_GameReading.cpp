@@ -223,8 +223,9 @@ TEST(GameReading, ValuesTheDocumentCannotHoldAreKeptAndUnknownLuaIsToldOnOpen)
 }
 
 // The script's own text is kept only where the editor computes each value as Lua does: random
-// arithmetic in every operator, precedence and number form must agree with the game's view.
-TEST(GameReading, ComputesArithmeticAsLuaDoes)
+// arithmetic in every operator, precedence and number form, and texts in every quoting and escape,
+// must agree with the game's view.
+TEST(GameReading, ComputesNumbersAndTextsAsLuaDoes)
 {
     std::mt19937 random(7);
     const std::function<std::string(int)> expression = [&](int depth) -> std::string {
@@ -238,8 +239,17 @@ TEST(GameReading, ComputesArithmeticAsLuaDoes)
         default: return expression(depth - 1) + operators[random() % std::size(operators)] + expression(depth - 1);
         }
     };
+    const auto text = [&] {
+        static const char *const pieces[] = {"a", " ", "\\n", "\\t", "\\\\", "\\\"", "\\'", "\\x41", "\\xfF", "\\065", "\\0",
+                                             "\\255", "\\u{e9}", "\\u{7FF}", "\\u{10FFFF}", "\\z \n ", "\\\r\n", "\\a\\b\\f\\v\\r"};
+        std::string inner;
+        for (int n = static_cast<int>(random() % 5); n > 0; --n)
+            inner += pieces[random() % std::size(pieces)];
+        const int quote = static_cast<int>(random() % 3);
+        return quote == 2 ? "[==[\n" + inner + "]]]==]" : std::string(1, "\"'"[quote]) + inner + "\"'"[quote];
+    };
     for (int round = 0; round < 3000; ++round) {
-        const std::string script = "setFoo(NewWeaponType, " + expression(4) + ")";
+        const std::string script = "setFoo(NewWeaponType, " + expression(4) + ", " + text() + ")";
         const GameView::Run run = GameView::RunScript(script);
         // n//0 and n%0 stop the script, and NaN has no text to keep.
         ASSERT_TRUE(!run.ok || std::isnan(run.calls[0].arguments[1].number) || open(script).script.keepsText)
