@@ -229,8 +229,9 @@ TEST(GameReading, ComputesNumbersAndTextsAsLuaDoes)
 {
     std::mt19937 random(7);
     const std::function<std::string(int)> expression = [&](int depth) -> std::string {
-        static const char *const numbers[] = {"0", "1", "2", "3", "7", "0.5", "2.5", "1e2", "0x10", "0xA.8p1", ".25",
-                                              "9007199254740993", "9223372036854775807", "0x7fffffffffffffff"};
+        static const char *const numbers[] = {"0", "1", "2", "3", "7", "0.5", "2.5", "1e2", "0x10", "0xA.8p1", ".25", "0x1p4",
+                                              "9007199254740993", "9223372036854775807", "9223372036854775808",
+                                              "0x7fffffffffffffff", "0xffffffffffffffff"};
         static const char *const operators[] = {"+", "-", "*", "/", "//", "%", "^"};
         switch (depth == 0 ? 0 : random() % 4) {
         case 0: return numbers[random() % std::size(numbers)];
@@ -241,7 +242,8 @@ TEST(GameReading, ComputesNumbersAndTextsAsLuaDoes)
     };
     const auto text = [&] {
         static const char *const pieces[] = {"a", " ", "\\n", "\\t", "\\\\", "\\\"", "\\'", "\\x41", "\\xfF", "\\065", "\\0",
-                                             "\\255", "\\u{e9}", "\\u{7FF}", "\\u{10FFFF}", "\\z \n ", "\\\r\n", "\\a\\b\\f\\v\\r"};
+                                             "\\255", "\\u{e9}", "\\u{7FF}", "\\u{10FFFF}", "\\z \n ", "\\\r\n", "\\a\\b\\f\\v\\r",
+                                             "\r\n", "\n\r", "\r"}; // raw line ends: in long brackets only
         std::string inner;
         for (int n = static_cast<int>(random() % 5); n > 0; --n)
             inner += pieces[random() % std::size(pieces)];

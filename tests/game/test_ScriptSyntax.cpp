@@ -5,34 +5,7 @@
 
 using namespace ScriptSyntax;
 
-TEST(ScriptSyntax, LiteralsReadAsLuaReadsThem)
-{
-    const std::pair<std::string_view, std::optional<std::string>> texts[] = {
-        {R"("a\tb\65\x41\u{E9}\"")", "a\tbAA\xC3\xA9\""}, {"'a\\z \r\n  b'", "ab"}, {"\"one\\\r\ntwo\"", "one\ntwo"},
-        {"[==[\r\nx]]y]==]", "x]]y"}, {"[[a\r\nb\rc]]", "a\nb\nc"}, {R"("\q")", std::nullopt}, {R"("\300")", std::nullopt},
-    };
-    for (const auto &[literal, value] : texts)
-        EXPECT_EQ(textValue(literal), value) << literal;
-
-    struct Number
-    {
-        std::string_view text;
-        bool valid, integer;
-        double value;
-    };
-    const Number numbers[] = {{"0x10", true, true, 16}, {"0xffffffffffffffff", true, true, -1}, {"1e2", true, false, 100},
-                              {"9223372036854775808", true, false, 9223372036854775808.0}, {".5", true, false, 0.5},
-                              {"0x1p4", true, false, 16}, {"1e", false, false, 0}, {"3..", false, false, 0}};
-    for (const Number &n : numbers) {
-        const std::optional<Numeral> read = numeralValue(n.text);
-        ASSERT_EQ(read.has_value(), n.valid) << n.text;
-        if (read) {
-            EXPECT_EQ(std::make_pair(read->integer, read->integer ? static_cast<double>(read->i) : read->f),
-                      std::make_pair(n.integer, n.value)) << n.text;
-        }
-    }
-}
-
+// How texts and numbers read is judged by Lua itself, in test_GameReading.cpp.
 TEST(ScriptSyntax, LuaOutsideTheTreeEndsTheParseWithLineAndReason)
 {
     const std::pair<std::string, std::string_view> rows[] = {

@@ -3,7 +3,6 @@
 // \n and \r stand for line end bytes, then a "message: " line.
 #pragma once
 
-#include <algorithm>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <string>
@@ -21,7 +20,7 @@ inline std::vector<std::pair<std::string, std::string>> scriptCases(const std::s
         for (std::size_t i = 8; line.starts_with("script:") && i < line.size(); ++i)
             cases.back().first += line.compare(i, 2, "\\n") == 0 ? (++i, '\n') : line.compare(i, 2, "\\r") == 0 ? (++i, '\r') : line[i];
         if (line.starts_with("message:") && !cases.empty())
-            cases.back().second = line.substr(std::min<std::size_t>(9, line.size()));
+            cases.back().second = line.size() > 9 ? line.substr(9) : std::string();
     }
     return cases;
 }
