@@ -204,6 +204,10 @@ row 2 "vantorel-cli: diff compares two scripts or two folders, but Old is a fold
 row 2 "vantorel-cli: diff compares two scripts or two folders, but Old is a folder and stock.wepn is not $u" '' diff "${vdata[@]}" stock.wepn Old
 row 2 'vantorel-cli: empty: no .wepn file in this folder' 'Old/flak.wepn:0: only in Old
 Old/stock.wepn:0: only in Old' diff "${vdata[@]}" Old empty
+# A script that cannot be read, on either side, does not stop the scripts after it.
+mkdir D1 D2 && cp broken.wepn D1/a.wepn && cp broken.wepn D2/a.wepn && cp stock.wepn D1/b.wepn && cp New/stock.wepn D2/b.wepn
+row 2 $'D1/a.wepn:2: error: unexpected symbol near <eof>\nD2/a.wepn:2: error: unexpected symbol near <eof>' \
+  'D2/b.wepn:2: Firing Range 4410 -> 5000' diff "${vdata[@]}" D1 D2
 row 1 "New/var.wepn:0: error: cannot write the changes into the script's own text: Line 1: local variables are not modelled" '' \
   set "${vdata[@]}" New 'Blast Radius=1' --where 'Weapon Type=Gimble' --where 'Firing Range=4000'
 row 0 '' 'New/stock.wepn:2: Firing Range 5000 -> 1' set --dry-run "${vdata[@]}" New/stock.wepn 'Firing Range=1'

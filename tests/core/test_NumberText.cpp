@@ -31,7 +31,8 @@ TEST(NumberTextTest, ReadRealTakesTheWholeTextOrNothing)
         {"2e+1", 20.0}, {"\t7\t", 7.0}, {"1.79769313486232E+308", largest}, {"-1.79769313486232E+308", -largest},
         {"1.79769313486233E+308", {}}, {"", {}}, {" ", {}}, {"-", {}}, {".", {}}, {"1,5", {}}, {"1.5.2", {}},
         {"2x", {}}, {"x2", {}}, {"1e", {}}, {"1e+", {}}, {"inf", {}}, {"nan", {}}, {"0x10", {}}, {"1 2", {}},
-        {"++1", {}}, {"1e400", {}}, {"1)", {}}, {"e5", {}}};
+        {"++1", {}}, {"1e400", {}}, {"1e+5000", {}}, {"1)", {}}, {"e5", {}}, // too small for a double: 0 or the least
+        {"1e-400", 0.0}, {"-1e-5000", 0.0}, {"5e-324", std::numeric_limits<double>::denorm_min()}};
     for (const auto &[text, value] : rows)
         EXPECT_EQ(readReal(text), value) << '"' << text << '"';
 }

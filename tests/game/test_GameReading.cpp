@@ -114,8 +114,10 @@ INSTANTIATE_TEST_SUITE_P(
                  d.applyPenetration(0, "0.5");
              }},
         Edit{"one-line.wepn", "one-line.removed.wepn", [](EditorDocument &d) { EXPECT_FALSE(d.removeResult(0)); }},
-        // A statement the script lacked goes right after the last one before it in the editor's order.
+        // A statement the script lacked goes right after the last one before it in the editor's order,
+        // else right before the first after it.
         Edit{"start-first.wepn", "start-first.angles-added.wepn", [](EditorDocument &d) { d.fFiringArc = 30; }},
+        Edit{"tables-only.wepn", "tables-only.angles-added.wepn", [](EditorDocument &d) { d.fFiringArc = 30; }},
         // Old Mac line ends (CR alone) on added lines, and a family joining a table in its own style.
         Edit{"mac.wepn", "mac.edited.wepn", [](EditorDocument &d) {
                  d.addResult({"Hit", "Push", "Target", 5, 10, ""});
