@@ -737,9 +737,12 @@ private:
     void insertAfter(int index, Statement statement)
     {
         if (index < 0) {
-            std::string &first = m_tree.statements.empty() ? m_tree.end : m_tree.statements.front().name.before;
+            const bool none = m_tree.statements.empty();
+            std::string &first = none ? m_tree.end : m_tree.statements.front().name.before;
             statement.name.before = first + (swallows(first) ? m_lineEnd : "");
-            first = m_lineEnd;
+            // A line end parts the new statement from the first; in a script without statements it is
+            // the final line end, which a comment without one does not get.
+            first = none && !isBlanks(first) && !isLineEnd(first.back()) ? "" : m_lineEnd;
             m_tree.statements.insert(m_tree.statements.begin(), std::move(statement));
             return;
         }

@@ -118,6 +118,7 @@ INSTANTIATE_TEST_SUITE_P(
         // else right before the first after it.
         Edit{"start-first.wepn", "start-first.angles-added.wepn", [](EditorDocument &d) { d.fFiringArc = 30; }},
         Edit{"tables-only.wepn", "tables-only.angles-added.wepn", [](EditorDocument &d) { d.fFiringArc = 30; }},
+        Edit{"comment-only.wepn", "comment-only.angles-added.wepn", [](EditorDocument &d) { d.fFiringArc = 30; }},
         // Old Mac line ends (CR alone) on added lines, and a family joining a table in its own style.
         Edit{"mac.wepn", "mac.edited.wepn", [](EditorDocument &d) {
                  d.addResult({"Hit", "Push", "Target", 5, 10, ""});
