@@ -183,6 +183,7 @@ row 1 "missing.csv:0: error: Cannot read 'missing.csv': No such file or director
 row 2 "vantorel-cli: set needs at least one FILE $u" '' set "${vdata[@]}" 'Firing Range=1'
 row 2 "vantorel-cli: set needs at least one change, 'NAME=VALUE', 'NAME*=F' or 'NAME+=N' $u" '' set "${vdata[@]}" Old
 row 2 "vantorel-cli: --where 'Firing Range*=2': a condition is NAME=VALUE $u" '' set "${vdata[@]}" Old 'Firing Range=1' --where 'Firing Range*=2'
+row 2 "vantorel-cli: --where 'Firing Range+=2': a condition is NAME=VALUE $u" '' set "${vdata[@]}" Old 'Firing Range=1' --where 'Firing Range+=2'
 row 2 "vantorel-cli: 'Weapon Effects File=Beam_€': the value is no UTF-8 or holds a character beyond Latin-1, which a script cannot hold $u" '' set "${vdata[@]}" Old 'Weapon Effects File=Beam_€'
 # The table goes to a regular file only, also through a link.
 mkfifo pipe.csv && ln -s loop.csv loop.csv

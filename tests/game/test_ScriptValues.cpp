@@ -68,7 +68,7 @@ TEST(ScriptValuesTest, SavesChangedAddedAndRemovedValuesInTheScriptsOwnText)
             input.clear(), ++saves;
         }
     }
-    EXPECT_EQ(saves, 7);
+    EXPECT_EQ(saves, 8);
 }
 
 TEST(ScriptValuesTest, NamesTheFamiliesAndLinesOfTheScriptAlsoWhereItsTextIsNotModelled)

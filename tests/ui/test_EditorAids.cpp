@@ -2,6 +2,7 @@
 // What keeps a mod author's work and values safe in the window: the number fields in each reading
 // mode, the question before a save over a script changed on disk, the notice's way to the game
 // reading, undo and redo, and recent scripts. All questions are answered through the dialog seam.
+#include "ScriptWriter.h"
 #include "WindowFixture.h"
 #include "frmDecompiledDataDir.h"
 
@@ -216,6 +217,7 @@ private slots:
         select(w.lstArmorFamilies, 1);
         select(w.lstAccuracy, 2);
         QStringList states{state()};
+        const std::string opened = WeaponScriptText(w.document); // the tables and results a save writes
         auto stepped = [&](const char *undoText) {
             QCOMPARE(w.Undo->text(), QLatin1String(undoText));
             states << state();
@@ -262,6 +264,7 @@ private slots:
                 w.Undo->trigger();
         }
         QVERIFY(!w.Undo->isEnabled() && !w.bModified);
+        QCOMPARE(WeaponScriptText(w.document), opened);
         QTest::keyClick(w.txtFiringArc, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
         for (qsizetype i = 1; i < states.size(); ++i) {
             QCOMPARE(state(), states[i]);

@@ -103,6 +103,8 @@ private slots:
             QCOMPARE(w.windowTitle(), caption(QStringLiteral("out.wepn")));
             QCOMPARE(fileBytes(target), fileBytes(testData("script/LightCannon.expected.wepn")));
         }
+        open(weapon(QStringLiteral("IonBeam"))); // without turret values and rotations: their fields go off again
+        QCOMPARE(enabled({w.fraTurretProperties, w.txtLeftRot, w.txtRightRot, w.txtUpRot, w.txtDownRot}), QStringLiteral("00000"));
     }
 
     // Each bound control shows its own value and gives a new one back to its own argument.
