@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "AtomicFile.h"
 #include "GameReading.h"
 #include "NumberText.h"
 #include "ScriptCases.h"
@@ -12,13 +11,6 @@
 
 namespace {
 
-std::string dataFile(const std::string &name)
-{
-    std::string bytes;
-    EXPECT_EQ(AtomicFile::read(std::string(VANTOREL_SOURCE_DIR) + "/tests/data/game/" + name, bytes), std::nullopt);
-    return bytes;
-}
-
 struct Opened
 {
     EditorDocument document;
@@ -30,7 +22,7 @@ Opened open(std::string_view bytes)
 {
     Opened opened;
     opened.document.setFamilies({"PlanetKillerArmour", "ResArmour", "A0", "A1", "A2", "Alpha", "Beta", "Gamma", "9Lives"},
-                                {"Fighter", "Corvette", "A0", "A1", "A2", "Alpha", "Beta", "Gamma", "9Lives"});
+                                {"Fighter", "Corvette", "A0", "A1", "A2", "Alpha", "Beta", "Gamma", "9Lives", "end"});
     opened.read = GameReading::OpenGameScript(opened.document, bytes, opened.script);
     return opened;
 }
@@ -49,13 +41,13 @@ class GameReadingEdit : public testing::TestWithParam<Edit>
 
 TEST_P(GameReadingEdit, ChangesOnlyTheEditedTextAndTheGameReadsTheEdits)
 {
-    Opened opened = open(dataFile(GetParam().input));
+    Opened opened = open(dataFile(std::string("game/") + GetParam().input));
     ASSERT_TRUE(opened.read.completed()) << opened.read.message();
     ASSERT_TRUE(opened.script.keepsText) << opened.script.notes.front();
     GetParam().edit(opened.document);
     const GameReading::SaveText saved = GameReading::SaveGameScript(opened.script, opened.document);
     ASSERT_TRUE(saved.problems.empty()) << saved.problems.front();
-    EXPECT_EQ(saved.bytes, dataFile(GetParam().expected));
+    EXPECT_EQ(saved.bytes, dataFile(std::string("game/") + GetParam().expected));
     // Read back, the saved script holds exactly the edited document: saving that changes nothing.
     const Opened again = open(saved.bytes);
     EXPECT_EQ(GameReading::SaveGameScript(again.script, opened.document).bytes, saved.bytes);
@@ -159,7 +151,7 @@ TEST(GameReading, ValuesTheScriptDoesNotSetDoNotCarryOverFromTheScriptOpenedBefo
 
 TEST(GameReading, ValuesTheDocumentCannotHoldAreKeptAndUnknownLuaIsToldOnOpen)
 {
-    const Opened stock = open(dataFile("stock.wepn"));
+    const Opened stock = open(dataFile("game/stock.wepn"));
     EXPECT_EQ(stock.document.iDefaultAccuracy, 0); // 0.3 in the script, which keeps it
     EXPECT_EQ(stock.document.Weapon.iInstantHitThreshold, 2200);
     EXPECT_EQ(stock.document.lstAccuracy[1], "Corvette - 0.2 - 0");
@@ -178,14 +170,16 @@ TEST(GameReading, ValuesTheDocumentCannotHoldAreKeptAndUnknownLuaIsToldOnOpen)
     EXPECT_EQ(game.script.notes, std::vector<std::string>{});
     EXPECT_EQ(game.document.iDefaultAccuracy, 1);
     EXPECT_EQ(game.document.strScriptLines, std::vector<std::string>{lua});
-    // A family name that is no Lua name, and a damage flag that would reach the other families of its table.
+    // Family names that are no Lua names, and a damage flag that would reach the other families of its table.
     Opened shared = open("setPenetration(NewWeaponType,50,1,{A0=1})\nsetAccuracy(NewWeaponType,1,{Alpha=0.5,Beta=0.5})");
     shared.document.applyPenetration(8, "2");
     shared.document.applyAccuracy(5, "0.5", true);
+    shared.document.applyAccuracy(9, "0.5", false);
     EXPECT_EQ(GameReading::SaveGameScript(shared.script, shared.document).problems,
               (std::vector<std::string>{
                   "Line 1: family 9Lives of setPenetration: the name cannot be written as a table key",
-                  "Line 2: family Alpha of setAccuracy: its table holds other families, which the damage flag would change too"}));
+                  "Line 2: family Alpha of setAccuracy: its table holds other families, which the damage flag would change too",
+                  "Line 2: family end of setAccuracy: the name cannot be written as a table key"}));
 
     // Lua the editor does not model: told on Open, saved unchanged, and a change is refused.
     for (const auto &[script, problem] : scriptCases("reading/game-not-modelled.txt")) {

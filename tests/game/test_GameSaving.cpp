@@ -204,11 +204,11 @@ Call resultCall(const WeaponResult &r)
                                    number(r.fMaxEffect), text(r.sSpawnedWeaponEffect)}};
 }
 
-// What one edit may do to the bytes: nothing, change a value of the call on a line, insert within
+// What one edit may do to the bytes: nothing, change a value (or values) of the call on a line, insert within
 // that call or after its line, remove that line, or add a statement somewhere.
 struct Step
 {
-    enum Kind { None, InPlace, Within, AfterLine, Removal, Added } kind = None;
+    enum Kind { None, InPlace, Values, Within, AfterLine, Removal, Added } kind = None;
     int line = 0;
     Call added = {};
 };
@@ -264,7 +264,12 @@ Step edit(Random &random, EditorDocument &d, const EditorDocument &saved, std::v
         }
         if (kind == 4 && results) { // a changed result
             WeaponResult r = d.WeaponResults[i];
-            if (r.sEffect != "SpawnWeaponFire" || pick(random, 2))
+            if (r.sEffect != "SpawnWeaponFire" && pick(random, 3) == 0) { // its line's last text was never the spawned effect
+                expected[c].arguments[2] = text(r.sEffect = "SpawnWeaponFire");
+                expected[c].arguments[6] = text(r.sSpawnedWeaponEffect);
+                EXPECT_TRUE(d.applyResult(i, r));
+                return {Step::Values, expected[c].line};
+            } else if (r.sEffect != "SpawnWeaponFire" || pick(random, 2))
                 expected[c].arguments[5] = number(r.fMaxEffect = r.fMaxEffect == 99.5 ? 98 : 99.5);
             else
                 expected[c].arguments[6] = text(r.sSpawnedWeaponEffect = r.sSpawnedWeaponEffect == "Spark_2" ? "" : "Spark_2");
@@ -344,12 +349,13 @@ void checkBytes(const std::string &before, const std::string &after, const std::
     // Where an insertion of the added bytes alone may stand.
     const std::size_t first = before.size() - std::min(suffix, before.size()), last = std::min(prefix, before.size());
     EXPECT_TRUE(step.kind != Step::None || after == before) << "a save without changes changed the script";
-    if (step.kind == Step::InPlace) {
+    if (step.kind == Step::InPlace || step.kind == Step::Values) {
         const std::size_t end = std::min(suffix, std::min(before.size(), after.size()) - prefix);
         const std::string was = before.substr(prefix, before.size() - end - prefix), now = after.substr(prefix, after.size() - end - prefix);
         EXPECT_TRUE(from <= prefix && prefix + was.size() <= to) << "outside the statement: " << was << " -> " << now;
         for (const std::string &s : {was, now})
-            EXPECT_TRUE(s.find_first_of(",\r\n") == std::string::npos && s.find("--") == std::string::npos) << "more than a value: " << was << " -> " << now;
+            EXPECT_TRUE(step.kind == Step::Values || (s.find_first_of(",\r\n") == std::string::npos && s.find("--") == std::string::npos))
+                << "more than a value: " << was << " -> " << now;
     }
     if (step.kind == Step::Within || step.kind == Step::AfterLine || step.kind == Step::Added) {
         EXPECT_TRUE(after.size() > before.size() && first <= last) << "a save that adds changed bytes of the script";

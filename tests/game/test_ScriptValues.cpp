@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "AtomicFile.h"
-#include "GameView.h"
+#include "ScriptCases.h"
 #include "ScriptValues.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <sstream>
 
 using NamedValues::Column;
@@ -14,13 +12,6 @@ namespace {
 
 const NamedValues::Families kFamilies{{"PlanetKillerArmour", "ResArmour", "Alpha", "Beta"},
                                       {"Fighter", "Corvette", "Alpha", "Beta"}};
-
-std::string dataFile(const std::string &name)
-{
-    std::string bytes;
-    EXPECT_EQ(AtomicFile::read(std::string(VANTOREL_SOURCE_DIR) + "/tests/data/" + name, bytes), std::nullopt);
-    return bytes;
-}
 
 ScriptValues::Opened open(const std::string &bytes)
 {
@@ -68,7 +59,7 @@ TEST(ScriptValuesTest, SavesChangedAddedAndRemovedValuesInTheScriptsOwnText)
             input.clear(), ++saves;
         }
     }
-    EXPECT_EQ(saves, 8);
+    EXPECT_EQ(saves, 10);
 }
 
 TEST(ScriptValuesTest, NamesTheFamiliesAndLinesOfTheScriptAlsoWhereItsTextIsNotModelled)
@@ -92,34 +83,4 @@ TEST(ScriptValuesTest, NamesTheFamiliesAndLinesOfTheScriptAlsoWhereItsTextIsNotM
     const ScriptValues::Saved saved = ScriptValues::save(loop, values, kFamilies);
     EXPECT_EQ(saved.problems, (std::vector<std::string>{"Line 1: local variables are not modelled"}));
     EXPECT_EQ(saved.bytes, "");
-}
-
-// The game's own view of every test script after an edit holds the edited values, and an
-// unchanged save gives the script's bytes.
-TEST(ScriptValuesTest, TheGameReadsWhatWasSaved)
-{
-    for (const auto &entry : std::filesystem::directory_iterator(std::string(VANTOREL_SOURCE_DIR) + "/tests/data/game")) {
-        const std::string bytes = dataFile("game/" + entry.path().filename().string());
-        ScriptValues::Opened opened = open(bytes);
-        EXPECT_EQ(ScriptValues::save(opened, opened.values, kFamilies).bytes, bytes);
-        NamedValues::WeaponValues values = opened.values;
-        set(values, {{"Fire Delay", "7.25"}, {"Penetration: Beta", "0.125"}, {"Result 1 Maximum Effect", "99"}});
-        if (opened.values.results.empty()) // a script without results gets one
-            set(values, {{"Result 1 Condition", "Hit"}, {"Result 1 Effect", "Push"}, {"Result 1 Minimum Effect", "1"}});
-        finished(values);
-        const ScriptValues::Saved saved = ScriptValues::save(opened, values, kFamilies);
-        ASSERT_TRUE(saved.problems.empty()) << saved.problems.front();
-        const GameView::Run run = GameView::RunScript(saved.bytes);
-        ASSERT_TRUE(run.ok);
-        std::vector<double> seen;
-        for (const GameView::Call &call : run.calls) {
-            if (call.name == "StartWeaponConfig")
-                seen.push_back(call.arguments[14].number);
-            if (call.name == "AddWeaponResult" && seen.size() == 1)
-                seen.push_back(call.arguments[5].number);
-            if (call.name == "setPenetration" && call.arguments.back().field("Beta"))
-                seen.push_back(call.arguments.back().field("Beta")->number);
-        }
-        EXPECT_EQ(seen, (std::vector<double>{7.25, 99, 0.125})) << entry.path();
-    }
 }

@@ -1,13 +1,21 @@
 // SPDX-License-Identifier: MIT
-// Scripts and what is said of them, kept in a data file under tests/data: a "script: " line, where
-// \n and \r stand for line end bytes, then a "message: " line.
+// Files under tests/data, and scripts with what is said of them kept in such a file: a "script: "
+// line, where \n and \r stand for line end bytes, then a "message: " line.
 #pragma once
 
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
+
+inline std::string dataFile(const std::string &relative)
+{
+    std::ifstream in(VANTOREL_SOURCE_DIR "/tests/data/" + relative, std::ios::binary);
+    EXPECT_TRUE(in) << "cannot read tests/data/" << relative;
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
 
 inline std::vector<std::pair<std::string, std::string>> scriptCases(const std::string &relative)
 {

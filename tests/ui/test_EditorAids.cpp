@@ -96,10 +96,10 @@ private slots:
         QTest::addColumn<bool>("game");
         QTest::addColumn<QString>("kept");
         QTest::addColumn<QString>("hint");
-        QTest::newRow("editor") << false << "0751"
+        QTest::newRow("editor") << false << "951"
                                 << "Whole numbers only: this field takes the digits 0 to 9.\nFor decimals and signs, "
                                    "choose Settings > Read Scripts as the Game Does and open the script again.";
-        QTest::newRow("game") << true << "-0.75e1" << "Numbers only: digits, a point, a sign and an exponent (1.5E-2).";
+        QTest::newRow("game") << true << "-9.5E+1" << "Numbers only: digits, a point, a sign and an exponent (1.5E-2).";
     }
     // Each mode's filter on the three fields; a dropped character is shown next to the field.
     void numberFields()
@@ -108,18 +108,22 @@ private slots:
         QFETCH(QString, kept);
         QFETCH(QString, hint);
         openScript(game);
-        QVERIFY(window->lblNumberHint->isHidden());
+        QVERIFY(window->lblNumberHint->isHidden() && !window->fraFirstStart->isVisible()); // the data folder is set
         for (QLineEdit *field : {window->txtMinEffect, window->txtMaxEffect, window->txtPenetration}) {
             field->clear();
             QTest::keyClicks(field, QStringLiteral("x"));
             QVERIFY(!window->lblNumberHint->isHidden());
             // Where decimals can be typed is said once.
             QCOMPARE(window->lblNumberHint->text(), field == window->txtMinEffect ? hint : hint.section(QLatin1Char('\n'), 0, 0));
-            QTest::keyClicks(field, QStringLiteral("-0.75e1x"));
+            QTest::keyClicks(field, QStringLiteral("-9.5E+1x"));
             QTest::sendKeyEvent(QTest::Click, field, Qt::Key_unknown, QString(QChar(0x131)), {}); // a "1" in its low byte
             QCOMPARE(field->text(), kept);
         }
         QVERIFY(dialogs->messages.isEmpty());
+        QApplication::setActiveWindow(window.get()); // Tab leaves a filtered field
+        window->txtMinEffect->setFocus();
+        QTest::keyClick(window->txtMinEffect, Qt::Key_Tab);
+        QVERIFY(!window->txtMinEffect->hasFocus());
         // Backspace works in both readings; a control key (here select all) only as the game reads.
         window->txtMinEffect->setText(QStringLiteral("12"));
         QTest::keyClick(window->txtMinEffect, Qt::Key_Backspace);
@@ -130,7 +134,7 @@ private slots:
         window->txtMinEffect->setText(kept);
         window->cmdAdd->click();
         QCOMPARE(window->lstWeaponResults->item(1)->text(),
-                 game ? QStringLiteral("Hit - DamageHealth - -7.5 - -7.5 - ") : QStringLiteral("Hit - DamageHealth - 751 - 751 - "));
+                 game ? QStringLiteral("Hit - DamageHealth - -95 - -95 - ") : QStringLiteral("Hit - DamageHealth - 951 - 951 - "));
         window->txtMinEffect->setText(QStringLiteral("1e"));
         window->cmdAdd->click();
         window->lstArmorFamilies->setCurrentRow(0);
@@ -264,6 +268,7 @@ private slots:
                 w.Undo->trigger();
         }
         QVERIFY(!w.Undo->isEnabled() && !w.bModified);
+        QCOMPARE(w.Redo->text(), QStringLiteral("&Redo Firing Arc"));
         QCOMPARE(WeaponScriptText(w.document), opened);
         QTest::keyClick(w.txtFiringArc, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
         for (qsizetype i = 1; i < states.size(); ++i) {
@@ -333,7 +338,9 @@ private slots:
         QFETCH(bool, game);
         QFETCH(QString, accuracy);
         QFETCH(QString, activation);
-        QByteArray mine = QByteArray(kScript).replace("\"Normal\"", "\"Dropped\"") + "setAccuracy(NewWeaponType,0,\r\n{Fighter=0.5,})\r\n";
+        // The game keeps the last setAccuracy; the editor's dialect, the first.
+        QByteArray mine = QByteArray(kScript).replace("\"Normal\"", "\"Dropped\"") + (game ? "setAccuracy(NewWeaponType,0.25)\r\n" : "")
+                          + "setAccuracy(NewWeaponType,0,\r\n{Fighter=0.5,})\r\n";
         openScript(game, mine);
         QCOMPARE(rows(window->lstAccuracy), accuracy);
         QCOMPARE(window->cboActivation->currentText(), activation);

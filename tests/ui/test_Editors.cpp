@@ -95,6 +95,7 @@ private slots:
         select(w.lstWeaponResults, 0);
         click(w.cmdRemove);
         QCOMPARE(WepnEditor_Main::selectedEntry(w.lstWeaponResults), std::nullopt);
+        click(w.cmdApply); // nothing selected any more: no change
         QVERIFY(saved().contains(QStringLiteral("\r\nAddWeaponResult(NewWeaponType,\"Miss\",\"SpawnWeaponFire\",\"Target\",0,0,"
                                                "\"Flak_Burst\")\r\nAddWeaponResult(NewWeaponType,\"Miss\",\"Disable\","
                                                "\"Target\",0,7,\"\")\r\n\r\nsetAngles(")));
@@ -104,6 +105,10 @@ private slots:
         click(w.cmdRemove);
         click(w.cmdRemove); // empty list: nothing
         QVERIFY(saved().contains(QStringLiteral(",17)\r\n\r\nsetAngles(")));
+        open(testData("ui/AllFields.wepn")); // the next Open shows no entry of this one as the list's tip
+        select(w.lstWeaponResults, 0);
+        open(testData("ui/AllFields.wepn"));
+        QCOMPARE(w.lstWeaponResults->toolTip(), QString());
     }
 
     // Apply alone gives the edited result the target "Target" too.

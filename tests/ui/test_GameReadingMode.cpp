@@ -32,6 +32,12 @@ private slots:
         save(target);
         save(target);
         QCOMPARE(fileBytes(target), fileBytes(kGameData + QStringLiteral("stock.angle.wepn")));
+        // Unticked, the next Open reads in the editor's own way, and its save writes the normalised form.
+        window->ReadAsGame->setChecked(false);
+        const QString normalised = testData("ui/normalised.wepn");
+        open(normalised);
+        save(target);
+        QCOMPARE(fileBytes(target), fileBytes(normalised));
     }
 
     // The fixed weapon sets no angles: the window shows a fresh window's, not the turret's opened
@@ -86,6 +92,10 @@ private slots:
         save(script);
         QCOMPARE(dialogs->messages.last(), QStringLiteral("Successfully saved to '") + script + QLatin1Char('\''));
         QVERIFY(fileBytes(script).contains("setAngles(NewWeaponType,20,0,0,0,0)\r\n"));
+        window->txtFiringArc->setText(QStringLiteral("21")); // the normalised text is now kept without asking
+        save(script);
+        QCOMPARE(dialogs->messages.last(), QStringLiteral("Successfully saved to '") + script + QLatin1Char('\''));
+        QVERIFY(fileBytes(script).contains("setAngles(NewWeaponType,21,0,0,0,0)\r\n"));
     }
 };
 

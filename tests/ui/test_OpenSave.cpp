@@ -117,6 +117,9 @@ private slots:
         QCOMPARE(texts.join(QLatin1Char(' ')),
                  QStringLiteral("AnimatedTurret Missile Beam_Ion  3 4 5 6 7 Up 8 Yes No 9 10 12  Yes 13 "
                                 "14 15 No 17 18 19 20 21 22 23 24 25 26"));
+        QTest::keyClicks(window->cboWeaponEffects->lineEdit(), QStringLiteral("X")); // a typed name becomes no item
+        QTest::keyClick(window->cboWeaponEffects->lineEdit(), Qt::Key_Return);
+        QCOMPARE(window->cboWeaponEffects->count(), 6);
         int next = 100;
         // Shown before: none 2 1 0 none 1 0; a drop-down left without a choice keeps its value.
         QList<int> choices = {2, 0, 0, 1, -1, 1, 0};
@@ -174,7 +177,9 @@ private slots:
         QCOMPARE(w.windowTitle(), loaded ? caption(QStringLiteral("SwarmMissile.wepn")) : QStringLiteral("Vantorel 1.4.3"));
         QCOMPARE(w.cboWeaponEffects->currentText(), effectBefore);
         if (fault == QLatin1String("broken familylist"))
-            QCOMPARE(rows(w.lstArmorFamilies), QStringLiteral("Alpha - N|Beta - N"));
+            QCOMPARE(rows(w.lstArmorFamilies) + u'/' + rows(w.lstAccuracy), QStringLiteral("Alpha - N|Beta - N/"));
+        if (fault == QLatin1String("cancel")) // both lists as the family list makes them
+            QCOMPARE(rows(w.lstAccuracy), QStringLiteral("Fighter - N|Corvette - N|Frigate - N|Capital - N|Utility - N"));
         if (fault == QLatin1String("no familylist") && !loaded) { // gone after the Open's own check
             QVERIFY(w.LoadFamilyList());
             QCOMPARE(dialogs->messages.last(), QStringLiteral("Please locate your 'familylist.lua' file before opening a "

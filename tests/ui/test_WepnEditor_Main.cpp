@@ -120,11 +120,13 @@ private slots:
     // Both file dialogs are the toolkit's own, matching ".wepn" in any letter case.
     void fileDialogs()
     {
-        QFileDialog dialog;
-        prepareFileDialog(dialog, scriptFileFilter());
-        QCOMPARE(dialog.nameFilters(), QStringList{QStringLiteral("Korvath Weapon Scripts (*.wepn)")});
-        QVERIFY(dialog.testOption(QFileDialog::DontUseNativeDialog));
-        QVERIFY(!(dialog.filter() & QDir::CaseSensitive));
+        QFileDialog open, save;
+        prepareOpenDialog(open, QDir::tempPath(), scriptFileFilter(), QStringLiteral("*.wepn"));
+        prepareSaveDialog(save, QDir::tempPath() + QStringLiteral("/Gun.wepn"), scriptFileFilter());
+        for (const QFileDialog *dialog : {&open, &save}) {
+            QCOMPARE(dialog->nameFilters(), QStringList{QStringLiteral("Korvath Weapon Scripts (*.wepn)")});
+            QVERIFY(dialog->testOption(QFileDialog::DontUseNativeDialog) && !(dialog->filter() & QDir::CaseSensitive));
+        }
     }
 
     void fixedSizeWithoutMaximizeThenExit()
