@@ -199,6 +199,18 @@ row 0 '' '~^New/var.wepn,Gimble,InstantHit,Beam_Ion,Normal,0,4000,' table "${vda
 row 1 '' $'Old/flak.wepn:0: only in Old\nOld/stock.wepn:2: Firing Range 5000 -> 4410\nNew/var.wepn:0: only in New' diff "${vdata[@]}" New Old
 row 1 '' 'New/stock.wepn:2: Firing Range 4410 -> 5000' diff "${vdata[@]}" Old/stock.wepn New/stock.wepn
 row 0 '' '' diff "${vdata[@]}" stock.wepn Old/stock.wepn
+# A result only one side has: each of its values, on the line NEW has it on (0 when NEW has none).
+sed 's/^setAngles/AddWeaponResult(NewWeaponType,"Hit","Push","Owner",1,2,"")\nsetAngles/' stock.wepn >more.wepn
+row 1 '' 'more.wepn:6: Result 3 Condition (none) -> Hit
+more.wepn:6: Result 3 Effect (none) -> Push
+more.wepn:6: Result 3 Target (none) -> Owner
+more.wepn:6: Result 3 Minimum Effect (none) -> 1
+more.wepn:6: Result 3 Maximum Effect (none) -> 2' diff "${vdata[@]}" stock.wepn more.wepn
+row 1 '' 'stock.wepn:0: Result 3 Condition Hit -> (none)
+stock.wepn:0: Result 3 Effect Push -> (none)
+stock.wepn:0: Result 3 Target Owner -> (none)
+stock.wepn:0: Result 3 Minimum Effect 1 -> (none)
+stock.wepn:0: Result 3 Maximum Effect 2 -> (none)' diff "${vdata[@]}" more.wepn stock.wepn
 row 2 "vantorel-cli: diff needs OLD and NEW $u" '' diff "${vdata[@]}" stock.wepn Old/stock.wepn stock.wepn
 row 2 'broken.wepn:2: error: unexpected symbol near <eof>' '' diff "${vdata[@]}" stock.wepn broken.wepn
 row 2 "vantorel-cli: diff compares two scripts or two folders, but Old is a folder and stock.wepn is not $u" '' diff "${vdata[@]}" Old stock.wepn
