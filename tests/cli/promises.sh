@@ -74,6 +74,7 @@ row 0 '' "@$usage" --help
 row 0 '' "@$usage" -h
 row 0 '' '~^Usage:' check --help
 row 0 '' '~^Usage:' normalize --in-place --data-dir Data --help
+row 0 '' '~^Usage:' set -h
 row 0 '' 'vantorel-cli 1.4.3' --version
 row 2 "vantorel-cli: unknown command 'fix' $u" '' fix clean.wepn
 row 2 "vantorel-cli: unknown option '--in-place' for check $u" '' check --in-place clean.wepn
@@ -184,11 +185,15 @@ row 2 "vantorel-cli: set needs at least one FILE $u" '' set "${vdata[@]}" 'Firin
 row 2 "vantorel-cli: set needs at least one change, 'NAME=VALUE', 'NAME*=F' or 'NAME+=N' $u" '' set "${vdata[@]}" Old
 row 2 "vantorel-cli: --where 'Firing Range*=2': a condition is NAME=VALUE $u" '' set "${vdata[@]}" Old 'Firing Range=1' --where 'Firing Range*=2'
 row 2 "vantorel-cli: --where 'Firing Range+=2': a condition is NAME=VALUE $u" '' set "${vdata[@]}" Old 'Firing Range=1' --where 'Firing Range+=2'
+row 2 "vantorel-cli: --where 'Range=1': no value is named 'Range' $u" '' set "${vdata[@]}" Old 'Firing Range=1' --where 'Range=1'
+row 2 "vantorel-cli: 'Result 1 Spawned FX+=1': Result 1 Spawned FX holds a text, which cannot be computed with $u" '' set "${vdata[@]}" Old 'Result 1 Spawned FX+=1'
 row 2 "vantorel-cli: 'Weapon Effects File=Beam_€': the value is no UTF-8 or holds a character beyond Latin-1, which a script cannot hold $u" '' set "${vdata[@]}" Old 'Weapon Effects File=Beam_€'
 # The table goes to a regular file only, also through a link.
 mkfifo pipe.csv && ln -s loop.csv loop.csv
 row 1 "vantorel-cli: Cannot save 'pipe.csv': not a regular file" '' table "${vdata[@]}" -o pipe.csv stock.wepn
 row 1 "vantorel-cli: Cannot save 'loop.csv' (following the link): Too many levels of symbolic links" '' table "${vdata[@]}" -o loop.csv stock.wepn
+row 1 "loop.csv:0: error: Cannot read 'loop.csv': Too many levels of symbolic links" '' show "${vdata[@]}" loop.csv
+row 1 "vantorel-cli: Cannot save 'var.wepn/t.csv' (looking at the file): Not a directory" '' table "${vdata[@]}" -o var.wepn/t.csv stock.wepn
 # Whole-number values given as halves are rounded to the even neighbour, as the window rounds.
 sed 's/damage=0.25/damage=0.5/; s/NewWeaponType,0.3,/NewWeaponType,2.5,/' stock.wepn >halves.wepn
 sed 's/^Default Accuracy = 0$/Default Accuracy = 2/' "$values/stock.show.txt" >halves.show
@@ -230,6 +235,12 @@ touch -d '2001-02-03 04:05' Set/* # a modification time long before the change t
 row 0 '' 'Set/a=b.wepn:2: Blast Radius 0 -> 7' set "${vdata[@]}" 'Set/a=b.wepn' Set/flak.wepn 'Blast Radius=7' --where 'Firing Range=4410.000000000001'
 row 0 '' 'Set/flak.wepn:18: Penetration: Alpha 1.5 -> 3' set "${vdata[@]}" Set 'Penetration: Alpha*=2'
 row 0 '' 'Set/flak.wepn:18: Penetration: Alpha 3 -> 3.5' set "${vdata[@]}" Set 'Penetration: Alpha+=0.5'
+row 1 'Set/flak.wepn:8: error: Firing Range: the result inf is not a number' '' set "${vdata[@]}" Set/flak.wepn 'Firing Range*=1e308'
+# A turret value given to a script without setMiscValues adds that statement; emptied, it is refused.
+cp stock.wepn turret.wepn
+row 0 '' $'turret.wepn:9: Barrel Recoil Distance (none) -> 2\nturret.wepn:9: Slave Fire Delay (none) -> 0' set "${vdata[@]}" turret.wepn 'Barrel Recoil Distance=2'
+row 1 "turret.wepn:9: error: Barrel Recoil Distance: the script's setMiscValues needs a value here" '' set "${vdata[@]}" turret.wepn 'Barrel Recoil Distance='
+[ "$(sed -n 9p turret.wepn)" = 'setMiscValues(NewWeaponType,2,0)' ] || fail "a turret value did not add setMiscValues after setAngles"
 # A line added to a script without line ends ends in CR LF, and the script still has no final one.
 start='StartWeaponConfig(NewWeaponType,"Fixed","Bullet","FX","Normal",1,2,3,4,5,0,1,1,1,0.5,0,0,0,0,80,80,0.1,"",0,0,7)'
 printf '%s' "$start" >one.wepn
@@ -308,6 +319,8 @@ half.csv:2: error: Result 3 Minimum Effect: a number is needed, as the result ha
 half.csv:2: error: Result 3 Maximum Effect: a number is needed, as the result has other cells' '' apply "${vd[@]}" half.csv
 printf 'Path,Firing Range,Blast Radius,Firing Range\r\nMod/stock.wepn,1,2,3\r\n' >twice.csv
 row 1 'twice.csv:1: error: column D (Firing Range): the column appears twice; nothing was written' '' apply "${vd[@]}" twice.csv
+printf 'Path,Firing Range,Path\r\nMod/stock.wepn,1,Mod/stock.wepn\r\n' >paths.csv
+row 1 'paths.csv:1: error: column C (Path): the column appears twice; nothing was written' '' apply "${vd[@]}" paths.csv
 printf 'Firing Range\r\n1\r\n' >nopath.csv && : >empty.csv && printf 'Path,Firing Range\r\n,5\r\nMod/stock.wepn,5,6\r\n' >rows.csv
 printf 'Path,Blast Radius\r\n,5\r\nMod/flak.wepn,1\r\n' >somepath.csv # the other rows are done, and the run fails
 row 1 'somepath.csv:2: error: the row has no Path' 'Mod/flak.wepn:8: Blast Radius 0 -> 1' apply --dry-run "${vd[@]}" somepath.csv
@@ -352,6 +365,12 @@ cd "$tmp" || exit 1
 cp mixed.wepn Refused.wepn && cp comments.wepn Comments.wepn
 row 1 "Refused.wepn:12: error: left as it is: the game cannot run this script (unexpected symbol near '}'), so what a save changes is not known (--allow-changes rewrites it all the same)" '' normalize --in-place "${data[@]}" Refused.wepn Comments.wepn
 cmp -s Refused.wepn mixed.wepn && cmp -s Comments.wepn clean.wepn || fail "--in-place without --allow-changes"
+# A script the editor cannot read, and one whose save the game could not run (a block comment's
+# second line is no comment line of the editor's, so it moves to the end).
+printf 'setAngles(NewWeaponType)\n' >Unread.wepn && cp "$fixtures/../../data/check/long-comment.wepn" Long.wepn
+row 1 "Unread.wepn:1: error: setAngles needs 5 numbers but has 0
+Long.wepn:0: error: left as it is: a save writes a script that the game cannot run (line 15: syntax error near 'by') (--allow-changes rewrites it all the same)" '' normalize --in-place --read=editor "${data[@]}" Unread.wepn Long.wepn
+cmp -s Long.wepn "$fixtures/../../data/check/long-comment.wepn" || fail "--in-place rewrote a script the game could not run"
 printf 'setAngles(NewWeaponType,1,2,3,4,5)\n' >Angles.wepn
 # Each script in a fresh document: the one before it lends it no values.
 row 1 "Angles.wepn:0: error: left as it is: a save adds StartWeaponConfig(NewWeaponType, \"\", \"\", \"\", \"\", 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, ...), which the script does not call (--allow-changes rewrites it all the same)" '' normalize --in-place "${data[@]}" clean.wepn Angles.wepn
@@ -471,6 +490,8 @@ done
 terminal() { script -qec "$1" /dev/null | tr -d '\r'; }
 terminal "'$cli' check --data-dir Data mixed clean.wepn" \
   | grep -Eq '^checked 2 files: 0 errors, [1-9][0-9]* warnings$' || fail "no summary on a terminal"
+[ "$(terminal "'$cli' check --data-dir Data missing.wepn broken.wepn comments.wepn" | tail -1)" = 'checked 3 files: 2 errors, 1 warnings' ] \
+  || fail "the summary does not count the errors"
 terminal "sh -c \"(sleep 1.2; cat clean.wepn) | '$cli' check --data-dir Data - clean.wepn\"" \
   | grep -Fq "[2/2] clean.wepn" || fail "no progress line on a terminal"
 (sleep 1.2; cat clean.wepn) | "$cli" check "${data[@]}" - clean.wepn 2>&1 | grep -q . && fail "a progress line or summary without a terminal"

@@ -37,10 +37,10 @@ TEST(CsvTest, ReadsWhatSpreadsheetsWrite)
 
 TEST(CsvTest, NamesTheLinesOfRecordsAndErrors)
 {
-    const Csv::Table table = Csv::parse("a\n\"multi\r\nline\"\n\nb\n");
+    const Csv::Table table = Csv::parse("a\r\"multi\r\nline\rthree\"\n\nb\n"); // a CR alone ends a line too
     ASSERT_EQ(table.records.size(), 3u);
     EXPECT_EQ(table.records[1].line, 2);
-    EXPECT_EQ(table.records[2].line, 5);
+    EXPECT_EQ(table.records[2].line, 6);
 
     const std::pair<const char *, std::pair<int, const char *>> errors[] = {
         {"a\nb,\"open\n\n", {2, "a quoted field is not closed"}},

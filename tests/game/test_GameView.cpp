@@ -89,6 +89,8 @@ INSTANTIATE_TEST_SUITE_P(
                 "makes too many calls or passes too much data"},
         Refused{"HugeArguments", "local t = {}\nfor i = 1, 100000 do t[i] = i end\nwhile true do f(t) end", 3,
                 "makes too many calls or passes too much data"},
+        Refused{"HugeText", "local s = 'x' for i = 1, 20 do s = s .. s end\nsetAngles(NewWeaponType, s .. s .. s .. s .. s)", 2,
+                "makes too many calls or passes too much data"},
         Refused{"Precompiled", std::string("\x1bLua\x54\x00", 6), 0,
                 "attempt to load a binary chunk (mode is 't')"},
         Refused{"NotLua", "setAngles(NewWeaponType,1,2\n{Alpha=1}}", 2, "')' expected (to close '(' at line 1) near '{'"},
