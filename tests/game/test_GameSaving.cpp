@@ -204,8 +204,8 @@ Call resultCall(const WeaponResult &r)
                                    number(r.fMaxEffect), text(r.sSpawnedWeaponEffect)}};
 }
 
-// What one edit may do to the bytes: nothing, change a value (or values) of the call on a line, insert within
-// that call or after its line, remove that line, or add a statement somewhere.
+// What one edit may do to the bytes: nothing, change a value (or several) of the call on a line,
+// insert within that call or after its line, remove that line, or add a statement somewhere.
 struct Step
 {
     enum Kind { None, InPlace, Values, Within, AfterLine, Removal, Added } kind = None;
@@ -264,17 +264,18 @@ Step edit(Random &random, EditorDocument &d, const EditorDocument &saved, std::v
         }
         if (kind == 4 && results) { // a changed result
             WeaponResult r = d.WeaponResults[i];
+            Step::Kind changed = Step::InPlace;
             if (r.sEffect != "SpawnWeaponFire" && pick(random, 3) == 0) { // its line's last text was never the spawned effect
                 expected[c].arguments[2] = text(r.sEffect = "SpawnWeaponFire");
                 expected[c].arguments[6] = text(r.sSpawnedWeaponEffect);
-                EXPECT_TRUE(d.applyResult(i, r));
-                return {Step::Values, expected[c].line};
-            } else if (r.sEffect != "SpawnWeaponFire" || pick(random, 2))
+                changed = Step::Values;
+            } else if (r.sEffect != "SpawnWeaponFire" || pick(random, 2)) {
                 expected[c].arguments[5] = number(r.fMaxEffect = r.fMaxEffect == 99.5 ? 98 : 99.5);
-            else
+            } else {
                 expected[c].arguments[6] = text(r.sSpawnedWeaponEffect = r.sSpawnedWeaponEffect == "Spark_2" ? "" : "Spark_2");
+            }
             EXPECT_TRUE(d.applyResult(i, r));
-            return {Step::InPlace, expected[c].line};
+            return {changed, expected[c].line};
         }
         if (kind == 5) { // a family value
             const bool accuracy = pick(random, 2);
