@@ -176,6 +176,19 @@ std::string argumentName(std::string_view statement, std::size_t index)
     return "argument " + NumberText::intText(static_cast<long long>(index)) + " of " + std::string(statement);
 }
 
+// A refused value as its message shows it: cut after a line's worth, so that a script passing a
+// huge text where a number belongs still gets a message that fits a line.
+std::string shownValue(const Value &value)
+{
+    constexpr std::size_t kLongest = 60;
+    std::string text = GameView::valueText(value);
+    if (text.size() > kLongest) {
+        text.resize(kLongest);
+        text += "...";
+    }
+    return text;
+}
+
 // A whole number is rounded with halves to the even neighbour, as the editor's own reading does;
 // the script keeps the exact text unless the value is changed.
 template<typename Target>
@@ -183,17 +196,17 @@ std::optional<Refusal> take(const Value &value, Target &target, int line, const 
 {
     if constexpr (std::is_same_v<Target, std::string>) {
         if (value.kind != Value::Kind::Text)
-            return Refusal{line, what + " is " + GameView::valueText(value) + ", not a text"};
+            return Refusal{line, what + " is " + shownValue(value) + ", not a text"};
         target = value.text;
     } else {
         if (value.kind != Value::Kind::Number || !std::isfinite(value.number))
-            return Refusal{line, what + " is " + GameView::valueText(value) + ", not a number"};
+            return Refusal{line, what + " is " + shownValue(value) + ", not a number"};
         if constexpr (std::is_same_v<Target, double>) {
             target = value.number;
         } else {
             const double rounded = std::nearbyint(value.number);
             if (rounded < std::numeric_limits<Target>::min() || rounded > std::numeric_limits<Target>::max())
-                return Refusal{line, what + " is " + GameView::valueText(value) + ", beyond "
+                return Refusal{line, what + " is " + shownValue(value) + ", beyond "
                                          + NumberText::intText(std::numeric_limits<Target>::min()) + " to "
                                          + NumberText::intText(std::numeric_limits<Target>::max())};
             target = static_cast<Target>(rounded);
