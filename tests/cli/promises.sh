@@ -226,6 +226,10 @@ Old/stock.wepn:0: only in Old' diff "${vdata[@]}" Old empty
 mkdir D1 D2 && cp broken.wepn D1/a.wepn && cp broken.wepn D2/a.wepn && cp stock.wepn D1/b.wepn && cp New/stock.wepn D2/b.wepn
 row 2 $'D1/a.wepn:2: error: unexpected symbol near <eof>\nD2/a.wepn:2: error: unexpected symbol near <eof>' \
   'D2/b.wepn:2: Firing Range 4410 -> 5000' diff "${vdata[@]}" D1 D2
+# Folders are matched by the path below them: scripts of one name in two sub-folders keep their partners.
+mkdir -p F1/x F1/y F2/x F2/y && cp stock.wepn F1/x/s.wepn && cp stock.wepn F1/y/s.wepn && cp stock.wepn F2/y/s.wepn
+cp New/stock.wepn F2/x/s.wepn && sed -i 's/^setAngles(NewWeaponType,25,/setAngles(NewWeaponType,30,/' F2/y/s.wepn
+row 1 '' $'F2/x/s.wepn:2: Firing Range 4410 -> 5000\nF2/y/s.wepn:6: Firing Arc 25 -> 30' diff "${vdata[@]}" F1 F2
 row 1 "New/var.wepn:0: error: cannot write the changes into the script's own text: Line 1: local variables are not modelled" '' \
   set "${vdata[@]}" New 'Blast Radius=1' --where 'Weapon Type=Gimble' --where 'Firing Range=4000'
 row 0 '' 'New/stock.wepn:2: Firing Range 5000 -> 1' set --dry-run "${vdata[@]}" New/stock.wepn 'Firing Range=1'
@@ -258,6 +262,15 @@ row 0 '' 'damage.wepn:4: Always Causes Damage: Corvette 0 -> 1' set "${vdata[@]}
 grep -aq "\"Beam_$(printf '\xb0')\"" latin.wepn && grep -q '^ damage=1})$' damage.wepn || fail "a Latin-1 value or a damage entry"
 # Only control characters are dropped from a text when it is compared: a blank is a change.
 row 0 '' $'latin.wepn:2: Weapon Effects File Beam_\xb0 -> Beam_ \xb0' set "${vdata[@]}" latin.wepn 'Weapon Effects File=Beam_ °'
+# A value of a result written one argument per line is reported on its own line.
+printf '%s\n' 'AddWeaponResult(NewWeaponType,' '"Hit",' '"Push",' '"Target",' '1,' '2,' '"")' >lines.wepn
+row 0 '' 'lines.wepn:6: Result 1 Maximum Effect 2 -> 3' set --dry-run "${vdata[@]}" lines.wepn 'Result 1 Maximum Effect=3'
+row 0 '' 'lines.wepn:2: Result 1 Condition Hit -> Fire' set --dry-run "${vdata[@]}" lines.wepn 'Result 1 Condition=Fire'
+# An empty condition matches a value the script does not have, and only that; texts match exactly.
+row 0 '' 'stock.wepn:2: Firing Range 4410 -> 1' set --dry-run "${vdata[@]}" stock.wepn 'Firing Range=1' --where 'Barrel Recoil Distance='
+row 0 '' '' set --dry-run "${vdata[@]}" stock.wepn 'Firing Range=1' --where 'Slave Fire Delay=0'
+row 0 '' '' set --dry-run "${vdata[@]}" stock.wepn 'Firing Range=1' --where 'Firing Range='
+row 0 '' '' set --dry-run "${vdata[@]}" stock.wepn 'Firing Range=1' --where 'Weapon Fire Type=instanthit'
 
 # A mod balanced through a table, each case in a folder of its own holding Mod/ (the two test
 # scripts) and Before/, a copy of it: a table applied unchanged, or respelled as spreadsheets
