@@ -327,7 +327,7 @@ private slots:
         QTest::addColumn<QString>("activation");
         QTest::newRow("editor") << false << "Fighter - 0.5 - 0|Corvette - 1 - 0|Frigate - 1 - 0|Capital - 1 - 0|Utility - 1 - 0"
                                 << "";
-        QTest::newRow("game") << true << "Fighter - 0.5 - 0|Corvette - 0 - 0|Frigate - 0 - 0|Capital - 0 - 0|Utility - 0 - 0"
+        QTest::newRow("game") << true << "Fighter - 0.5 - 0|Corvette - 0.75 - 0|Frigate - 0.75 - 0|Capital - 0.75 - 0|Utility - 0.75 - 0"
                               << "Dropped";
     }
     // Read as the game reads it, the window shows the statement's default accuracy for families the
@@ -340,7 +340,7 @@ private slots:
         QFETCH(QString, activation);
         // The game keeps the last setAccuracy; the editor's dialect, the first.
         QByteArray mine = QByteArray(kScript).replace("\"Normal\"", "\"Dropped\"") + (game ? "setAccuracy(NewWeaponType,0.25)\r\n" : "")
-                          + "setAccuracy(NewWeaponType,0,\r\n{Fighter=0.5,})\r\n";
+                          + "setAccuracy(NewWeaponType,0.75,\r\n{Fighter=0.5,})\r\n";
         openScript(game, mine);
         QCOMPARE(rows(window->lstAccuracy), accuracy);
         QCOMPARE(window->cboActivation->currentText(), activation);
