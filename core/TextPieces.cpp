@@ -74,4 +74,13 @@ bool containsNoCase(std::string_view text, std::string_view needle)
     return it != text.end() || needle.empty();
 }
 
+std::string shortened(std::string_view text)
+{
+    constexpr std::size_t kLongest = 60;
+    std::string shown(text.substr(0, kLongest));
+    if (text.size() > kLongest)
+        shown += "...";
+    return shown;
+}
+
 } // namespace TextPieces

@@ -30,4 +30,8 @@ std::string toLower(std::string_view text);
 // Whether the text holds the needle, ignoring the case of ASCII letters.
 bool containsNoCase(std::string_view text, std::string_view needle);
 
+// The text as a message shows it: its first 60 bytes and "..." when it is longer, so that a huge
+// text still gives a message that fits a line.
+std::string shortened(std::string_view text);
+
 } // namespace TextPieces

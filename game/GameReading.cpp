@@ -176,17 +176,10 @@ std::string argumentName(std::string_view statement, std::size_t index)
     return "argument " + NumberText::intText(static_cast<long long>(index)) + " of " + std::string(statement);
 }
 
-// A refused value as its message shows it: cut after a line's worth, so that a script passing a
-// huge text where a number belongs still gets a message that fits a line.
+// A refused value as its message shows it, cut like any other text there.
 std::string shownValue(const Value &value)
 {
-    constexpr std::size_t kLongest = 60;
-    std::string text = GameView::valueText(value);
-    if (text.size() > kLongest) {
-        text.resize(kLongest);
-        text += "...";
-    }
-    return text;
+    return TextPieces::shortened(GameView::valueText(value));
 }
 
 // A whole number is rounded with halves to the even neighbour, as the editor's own reading does;

@@ -35,11 +35,7 @@ struct LineFailure
 // Offending text for a message; a long line is cut so that the message still fits a box.
 std::string shown(std::string_view text)
 {
-    constexpr std::size_t kLongest = 60;
-    std::string quoted(1, '\'');
-    quoted.append(text.substr(0, kLongest));
-    quoted.append(text.size() > kLongest ? "...'" : "'");
-    return quoted;
+    return '\'' + TextPieces::shortened(text) + '\'';
 }
 
 // A table is read from the lines after its statement up to the first ")"; a table on the
